@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Sets up a fresh machine, builds everything and runs every test.
+#   scripts/test.sh                 the normal build, in build/release
+#   scripts/test.sh --sanitize      AddressSanitizer and UndefinedBehaviorSanitizer, in build/asan
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh
+
+build=build/release
+args=(-DCMAKE_BUILD_TYPE=RelWithDebInfo)
+if [ "${1:-}" = "--sanitize" ]; then
+    build=build/asan
+    args=(-DCMAKE_BUILD_TYPE=Debug -DTQSVG_SANITIZE=address,undefined)
+    export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
+    export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+fi
+
+jobs=$(nproc 2>/dev/null || echo 2)
+cmake -S . -B "$build" -G Ninja "${args[@]}"
+cmake --build "$build" -j "$jobs"
+ctest --test-dir "$build" --output-on-failure -j "$jobs"

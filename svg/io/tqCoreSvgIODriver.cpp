@@ -1,0 +1,7 @@
+#include "svg/io/tqCoreSvgIODriver.h"
+
+namespace tq::svg {
+
+tqCoreSvgIODriver::~tqCoreSvgIODriver() = default;
+
+}  // namespace tq::svg

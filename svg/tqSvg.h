@@ -1,0 +1,36 @@
+// tqSvg: loads a subset of SVG into a tree of typed items, saves such trees back to SVG text and
+// turns items into flat geometry. This header is the library's whole public interface.
+#pragma once
+
+// Platform types that the interface uses.
+#include <Wm4Foundation/Wm4Foundation.h>
+#include <tqSystem/tqSystem.h>
+#include <tqXml/tqXml.h>
+
+// Document model.
+#include "svg/model/BoundingBox.h"
+#include "svg/model/Circle.h"
+#include "svg/model/Document.h"
+#include "svg/model/Image.h"
+#include "svg/model/ItemInterface.h"
+#include "svg/model/ItemInterfacePointer.h"
+#include "svg/model/Line.h"
+#include "svg/model/LoadOptions.h"
+#include "svg/model/Node.h"
+#include "svg/model/Path.h"
+#include "svg/model/Rect.h"
+#include "svg/model/RenderingProperties.h"
+#include "svg/model/SaveOptions.h"
+#include "svg/model/SvgColor.h"
+#include "svg/model/Text.h"
+#include "svg/model/UnitValue.h"
+
+// Drivers and version.
+#include "svg/io/Version.h"
+#include "svg/io/tqCoreDriver.h"
+#include "svg/io/tqCoreSvgIODriver.h"
+#include "svg/io/tqTemplateManager.h"
+
+// Geometry.
+#include "svg/geometry/ComputeEstimatedBoundingBox.h"
+#include "svg/geometry/TransformPoint.h"

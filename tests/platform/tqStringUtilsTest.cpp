@@ -1,0 +1,251 @@
+#include <tqSystem/tqStringUtils.h>
+
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+using Format = tqStringUtils::FloatFormat;
+
+namespace {
+
+float readBack(const std::string& text) {
+    float value = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    EXPECT_EQ(result.ec, std::errc()) << text;
+    EXPECT_EQ(result.ptr, text.data() + text.size()) << text;
+    return value;
+}
+
+std::uint32_t bitsOf(float value) {
+    std::uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+// Significant digits of a decimal text: leading and trailing zeros of the mantissa do not count.
+std::size_t significantDigits(const std::string& text) {
+    std::string digits;
+    for (char c : text.substr(0, text.find('e'))) {
+        if (c >= '0' && c <= '9') {
+            digits += c;
+        }
+    }
+    const auto first = digits.find_first_not_of('0');
+    if (first == std::string::npos) {
+        return 1;
+    }
+    return digits.find_last_not_of('0') - first + 1;
+}
+
+// Finite floats that stress the formatter: extremes, denormals, powers of ten, random bits.
+std::vector<float> interestingFloats() {
+    std::vector<float> values = {0.0f,
+                                 -0.0f,
+                                 1.0f,
+                                 -1.0f,
+                                 0.1f,
+                                 0.2f,
+                                 0.3f,
+                                 1e-5f,
+                                 1e20f,
+                                 123456.0f,
+                                 16777216.0f,
+                                 16777217.0f,
+                                 3.4028235e38f,
+                                 -3.4028235e38f,
+                                 std::numeric_limits<float>::min(),
+                                 std::numeric_limits<float>::denorm_min(),
+                                 -1.4e-45f,
+                                 9.999999e-5f};
+    for (int e = -45; e <= 38; ++e) {
+        values.push_back(std::strtof(("1e" + std::to_string(e)).c_str(), nullptr));
+    }
+    std::mt19937 rng(20261122);
+    while (values.size() < 20000) {
+        const std::uint32_t bits = rng();
+        float value;
+        std::memcpy(&value, &bits, sizeof value);
+        if (std::isfinite(value)) {
+            values.push_back(value);
+        }
+    }
+    return values;
+}
+
+}  // namespace
+
+TEST(FromFloatCompact, ShortestTextReadsBackBitExactAndCannotBeShorter) {
+    for (float value : interestingFloats()) {
+        const std::string text = tqStringUtils::fromFloat(value, -1, Format::Compact);
+        ASSERT_EQ(bitsOf(readBack(text)), bitsOf(value)) << text;
+        // Not longer than the shortest exponent form, and that form has no digit to spare:
+        // one significant digit fewer, correctly rounded, no longer reads back.
+        char sci[64];
+        const auto s = std::to_chars(sci, sci + sizeof sci, value, std::chars_format::scientific);
+        const std::string scientific(sci, s.ptr);
+        EXPECT_LE(text.size(), scientific.size()) << text;
+        const std::size_t digits = significantDigits(scientific);
+        if (digits > 1) {
+            char shorter[64];
+            const auto r =
+                std::to_chars(shorter, shorter + sizeof shorter, value,
+                              std::chars_format::scientific, static_cast<int>(digits) - 2);
+            EXPECT_NE(bitsOf(readBack(std::string(shorter, r.ptr))), bitsOf(value)) << text;
+        }
+        // Every precision of 9 or more is the shortest text too.
+        EXPECT_EQ(tqStringUtils::fromFloat(value, 9, Format::Compact), text);
+    }
+}
+
+TEST(FromFloatCompact, LimitedPrecisionKeepsAtMostThatManyDigits) {
+    for (float value : interestingFloats()) {
+        const std::string shortest = tqStringUtils::fromFloat(value, -1, Format::Compact);
+        for (int precision = 0; precision <= 8; ++precision) {
+            const std::string text = tqStringUtils::fromFloat(value, precision, Format::Compact);
+            const std::size_t digits = significantDigits(text);
+            EXPECT_LE(digits, static_cast<std::size_t>(std::max(precision, 1))) << text;
+            EXPECT_LE(digits, significantDigits(shortest)) << text << " vs " << shortest;
+            // Either the shortest text itself, or the correctly rounded p-digit decimal.
+            if (significantDigits(shortest) <= static_cast<std::size_t>(std::max(precision, 1))) {
+                EXPECT_EQ(text, shortest);
+            } else {
+                char rounded[64];
+                const auto r =
+                    std::to_chars(rounded, rounded + sizeof rounded, value,
+                                  std::chars_format::scientific, std::max(precision, 1) - 1);
+                EXPECT_EQ(std::strtod(text.c_str(), nullptr),
+                          std::strtod(std::string(rounded, r.ptr).c_str(), nullptr))
+                    << text;
+            }
+        }
+    }
+}
+
+TEST(FromFloatCompact, Examples) {
+    struct Case {
+        float value;
+        int precision;
+        const char* text;
+    };
+    const Case cases[] = {
+        {0.1f, -1, "0.1"},
+        {-2.5f, -1, "-2.5"},
+        {100.0f, -1, "100"},
+        {1e20f, -1, "1e+20"},
+        {1e-5f, -1, "1e-05"},
+        {-0.0f, -1, "-0"},
+        {0.0f, 3, "0"},
+        {3.14159f, 3, "3.14"},
+        {3.14159f, 0, "3"},
+        {0.3f, 8, "0.3"},
+        {123456.0f, 3, "123000"},
+        {1.5e9f, 1, "2e+09"},
+        {9.99f, 2, "10"},
+        {0.000123f, 2, "0.00012"},
+        {-1234.5f, 4, "-1234"},
+        {std::numeric_limits<float>::quiet_NaN(), -1, "nan"},
+        {-std::numeric_limits<float>::quiet_NaN(), 3, "nan"},
+        {std::numeric_limits<float>::infinity(), -1, "inf"},
+        {-std::numeric_limits<float>::infinity(), 5, "-inf"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(tqStringUtils::fromFloat(c.value, c.precision, Format::Compact), c.text)
+            << c.value << " precision " << c.precision;
+    }
+}
+
+TEST(FromFloatFixedAndScientific, MatchPrintfWithoutTheLocale) {
+    EXPECT_EQ(tqStringUtils::fromFloat(1.5f, 2, Format::Fixed), "1.50");
+    EXPECT_EQ(tqStringUtils::fromFloat(1.5f, -1, Format::Fixed), "1.500000");
+    EXPECT_EQ(tqStringUtils::fromFloat(1234.5f, 1, Format::Scientific), "1.2e+03");
+    EXPECT_EQ(tqStringUtils::fromFloat(-0.0f, 0, Format::Fixed), "-0");
+}
+
+TEST(FromInteger, PadsAfterTheSign) {
+    EXPECT_EQ(tqStringUtils::fromInt64(7, 1), "7");
+    EXPECT_EQ(tqStringUtils::fromInt64(-7, 3), "-007");
+    EXPECT_EQ(tqStringUtils::fromInt64(std::numeric_limits<int64>::min(), 1),
+              "-9223372036854775808");
+    EXPECT_EQ(tqStringUtils::fromUInt64(std::numeric_limits<uint64>::max(), 1),
+              "18446744073709551615");
+    EXPECT_EQ(tqStringUtils::fromUInt64(42, 5), "00042");
+    EXPECT_EQ(tqStringUtils::fromInt64(0, 0), "0");
+}
+
+TEST(Replace, EveryOccurrenceWithoutRescanning) {
+    struct Case {
+        const char* text;
+        const char* from;
+        const char* to;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"a,b,,c", ",", " ", "a b  c"},
+        {"aaa", "a", "aa", "aaaaaa"},  // replaced text is not searched again
+        {"abab", "ab", "", ""},
+        {"abc", "", "x", "abc"},  // an empty pattern changes nothing
+        {"xyz", "q", "r", "xyz"},
+        {"aaaa", "aa", "b", "bb"},  // left to right, no overlap
+    };
+    for (const auto& c : cases) {
+        std::string text = c.text;
+        tqStringUtils::replace(text, c.from, c.to);
+        EXPECT_EQ(text, c.expected) << c.text;
+    }
+}
+
+TEST(Split, KeepsOrDropsEmptyParts) {
+    using V = std::vector<std::string>;
+    EXPECT_EQ(tqStringUtils::Split("a  b", ' ', false), (V{"a", "", "b"}));
+    EXPECT_EQ(tqStringUtils::Split("a  b", ' ', true), (V{"a", "b"}));
+    EXPECT_EQ(tqStringUtils::Split(" a ", ' ', false), (V{"", "a", ""}));
+    EXPECT_EQ(tqStringUtils::Split(" a ", ' ', true), (V{"a"}));
+    EXPECT_EQ(tqStringUtils::Split("", ' ', false), (V{""}));
+    EXPECT_EQ(tqStringUtils::Split("", ' ', true), V{});
+    EXPECT_EQ(tqStringUtils::Split("abc", ',', true), (V{"abc"}));
+}
+
+TEST(EndsWith, ComparesTheTail) {
+    EXPECT_TRUE(tqStringUtils::endsWith("12px", "px"));
+    EXPECT_TRUE(tqStringUtils::endsWith("px", "px"));
+    EXPECT_TRUE(tqStringUtils::endsWith("x", ""));
+    EXPECT_FALSE(tqStringUtils::endsWith("x", "px"));
+    EXPECT_FALSE(tqStringUtils::endsWith("12pX", "px"));
+}
+
+TEST(IsUtf8String, AcceptsOnlyStrictUtf8) {
+    struct Case {
+        std::string bytes;
+        bool valid;
+        const char* what;
+    };
+    const Case cases[] = {
+        {"", true, "empty"},
+        {"plain ascii", true, "ascii"},
+        {"\xC3\xA9t\xC3\xA9", true, "two-byte"},
+        {"\xE2\x82\xAC", true, "three-byte"},
+        {"\xF0\x9F\x98\x80", true, "four-byte"},
+        {"\xF4\x8F\xBF\xBF", true, "U+10FFFF"},
+        {std::string("a\0b", 3), true, "NUL is a code point"},
+        {"\xC0\xAF", false, "overlong two-byte"},
+        {"\xE0\x80\xAF", false, "overlong three-byte"},
+        {"\xF0\x80\x80\xAF", false, "overlong four-byte"},
+        {"\xED\xA0\x80", false, "surrogate D800"},
+        {"\xED\xBF\xBF", false, "surrogate DFFF"},
+        {"\xF4\x90\x80\x80", false, "above U+10FFFF"},
+        {"\xC3", false, "truncated two-byte"},
+        {"\xE2\x82", false, "truncated three-byte"},
+        {"\x80", false, "lone continuation"},
+        {"\xFF", false, "invalid byte"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(tqStringUtils::IsUtf8String(c.bytes), c.valid) << c.what;
+    }
+}

@@ -1,0 +1,168 @@
+#include <tqSystem/tqSystem.h>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+class CapturingLog : public tqLog {
+public:
+    void write(const tqLogObject& object) override { lines.push_back(object); }
+    std::vector<tqLogObject> lines;
+};
+
+// A fresh folder under the test's temporary directory, removed with its files afterwards.
+class TempDir {
+public:
+    TempDir() {
+        std::string pattern = testing::TempDir() + "tqsystemXXXXXX";
+        path = mkdtemp(pattern.data());
+    }
+    ~TempDir() { std::system(("rm -rf '" + path + "'").c_str()); }
+    std::string file(const std::string& name) const { return path + "/" + name; }
+    std::string path;
+};
+
+std::string readAll(tqIoDevice& device, int64 chunk) {
+    std::string content;
+    std::vector<char> buffer(static_cast<std::size_t>(chunk));
+    int64 n;
+    while ((n = device.read(buffer.data(), chunk)) > 0) {
+        content.append(buffer.data(), static_cast<std::size_t>(n));
+    }
+    EXPECT_EQ(n, 0);
+    return content;
+}
+
+}  // namespace
+
+TEST(LogRouting, NoInstanceWritesOneLineToStandardError) {
+    ASSERT_EQ(tqLog::getInstance(), nullptr);
+    testing::internal::CaptureStderr();
+    tqLog::Log(tqLogObject(tqLogType::Error, "svg", "Failed to write attribute"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "svg: Failed to write attribute\n");
+}
+
+TEST(LogRouting, EnabledInstanceReceivesTheObjectDisabledOneNothing) {
+    CapturingLog log;
+    tqLog::setInstance(&log);
+    testing::internal::CaptureStderr();
+    tqLog::Log(tqLogObject(tqLogType::Warning, "driver", "one"));
+    log.setEnabled(false);
+    tqLog::Log(tqLogObject(tqLogType::Error, "driver", "two"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");  // a disabled log does not fall back
+    tqLog::setInstance(nullptr);
+
+    ASSERT_EQ(log.lines.size(), 1u);
+    EXPECT_EQ(log.lines[0].type, tqLogType::Warning);
+    EXPECT_EQ(log.lines[0].category, "driver");
+    EXPECT_EQ(log.lines[0].text, "one");
+}
+
+TEST(LogRouting, DestroyedInstanceIsUninstalled) {
+    {
+        CapturingLog log;
+        tqLog::setInstance(&log);
+    }
+    EXPECT_EQ(tqLog::getInstance(), nullptr);
+}
+
+TEST(LibInitCounter, OnlyTheOutermostPairReportsWork) {
+    tq::impl::LibInitCounter counter("test", true);
+    EXPECT_FALSE(counter.decrementInitCounter());  // nothing to undo
+    EXPECT_TRUE(counter.incrementInitCounter());
+    EXPECT_FALSE(counter.incrementInitCounter());
+    EXPECT_FALSE(counter.decrementInitCounter());
+    EXPECT_TRUE(counter.decrementInitCounter());
+    EXPECT_FALSE(counter.decrementInitCounter());
+    EXPECT_EQ(counter.getCount(), 0);
+    EXPECT_TRUE(counter.incrementInitCounter());  // a new first initialisation
+}
+
+TEST(ExtractFileExtension, LastComponentOnly) {
+    struct Case {
+        const char* path;
+        bool withoutDot;
+        bool lowerCase;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"a.svg", true, true, "svg"},
+        {"A.SVG", true, true, "svg"},
+        {"A.SVG", true, false, "SVG"},
+        {"a.tar.SVG", true, true, "svg"},
+        {"a.svg", false, false, ".svg"},
+        {"dir.v2/file", true, true, ""},
+        {"dir/file.", true, true, ""},
+        {"noext", true, true, ""},
+        {"/abs/path/x.Svg", false, true, ".svg"},
+        {"", true, true, ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(tqDirUtils::ExtractFileExtension(c.path, c.withoutDot, c.lowerCase), c.expected)
+            << c.path;
+    }
+}
+
+TEST(FileDevice, WriteTruncatesAndReadGetsTheBytesBack) {
+    TempDir dir;
+    const std::string name = dir.file("out.bin");
+    { std::ofstream(name) << "a much longer previous content"; }
+    const std::string payload("x\0y\nz", 5);
+    {
+        tqIoDeviceFileStream out(name, DataWay::Write, true);
+        ASSERT_TRUE(out.isOpen());
+        EXPECT_EQ(out.write(payload.data(), 5), 5);
+        EXPECT_EQ(out.read(nullptr, 0), -1);  // not open for reading
+    }
+    tqIoDeviceFileStream in(name, DataWay::Read, true);
+    ASSERT_TRUE(in.isOpen());
+    EXPECT_EQ(in.write("a", 1), -1);  // not open for writing
+    EXPECT_EQ(readAll(in, 2), payload);
+    in.close();
+    EXPECT_FALSE(in.isOpen());
+}
+
+TEST(FileDevice, CannotOpenMissingFilesDirectoriesOrMissingFolders) {
+    TempDir dir;
+    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("missing.svg"), DataWay::Read, true).isOpen());
+    EXPECT_FALSE(tqIoDeviceFileStream(dir.path, DataWay::Read, true).isOpen());
+    EXPECT_FALSE(tqIoDeviceFileStream(dir.path, DataWay::Write, true).isOpen());
+    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("no/such/dir.svg"), DataWay::Write, true).isOpen());
+    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("x"), DataWay::None, true).isOpen());
+}
+
+TEST(MemoryDevice, ReadsFromTheStartAndWritesAppend) {
+    tqIoDeviceMemory in(std::string("hello world"));
+    EXPECT_TRUE(in.isOpen());
+    EXPECT_EQ(readAll(in, 4), "hello world");
+    char c;
+    EXPECT_EQ(in.read(&c, 1), 0);
+
+    tqIoDeviceMemory out;
+    EXPECT_EQ(out.write("ab", 2), 2);
+    EXPECT_EQ(out.write("", 0), 0);
+    EXPECT_EQ(out.write("cd", 2), 2);
+    EXPECT_EQ(out.write("x", -1), -1);
+    EXPECT_EQ(out.getContent(), "abcd");
+}
+
+TEST(SystemUtils, DateIsIso) {
+    const std::string date = tqSystemUtils::GetCurrentDateTimeISO(false);
+    const std::string stamp = tqSystemUtils::GetCurrentDateTimeISO(true);
+    ASSERT_EQ(date.size(), 10u);
+    EXPECT_EQ(date[4], '-');
+    EXPECT_EQ(date[7], '-');
+    ASSERT_EQ(stamp.size(), 19u);
+    EXPECT_EQ(stamp[10], 'T');
+    EXPECT_EQ(stamp[13], ':');
+    EXPECT_EQ(GetSoftwareVersionForStream().toString(), "tqSvg 3.0.0.1297");
+}

@@ -22,14 +22,30 @@
 #include "svg/model/RenderingProperties.h"
 #include "svg/model/SaveOptions.h"
 #include "svg/model/SvgColor.h"
+#include "svg/model/SvgNumber.h"
 #include "svg/model/Text.h"
 #include "svg/model/UnitValue.h"
 
-// Drivers and version.
+// Library start and stop, drivers and version.
 #include "svg/io/Version.h"
 #include "svg/io/tqCoreDriver.h"
 #include "svg/io/tqCoreSvgIODriver.h"
+#include "svg/io/tqSvgDriver.h"
+#include "svg/io/tqSvgIOManager.h"
 #include "svg/io/tqTemplateManager.h"
+
+// Reading.
+#include "svg/read/AttributeParsers.h"
+#include "svg/read/Loader.h"
+
+// Writing.
+#include "svg/write/SvgAttributeWriters.h"
+#include "svg/write/SvgSaveWriter.h"
+#include "svg/write/SvgXmlSpace.h"
+
+// Path data.
+#include "svg/path/PathVisitorStrToCommands.h"
+#include "svg/path/PathVisitorStrToTokens.h"
 
 // Geometry.
 #include "svg/geometry/ComputeEstimatedBoundingBox.h"

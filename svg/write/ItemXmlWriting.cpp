@@ -1,6 +1,9 @@
-// Serialisation of the items. The writers arrive with the save pipeline; until then every
-// entry reports failure and writes nothing, so no caller can mistake a partial element for a
-// written one.
+// Serialisation of the items: one element each, attributes in a fixed order.
+#include <libxml/xmlwriter.h>
+
+#include <tqSystem/tqLog.h>
+#include <tqSystem/tqStringUtils.h>
+
 #include "svg/model/Circle.h"
 #include "svg/model/Document.h"
 #include "svg/model/Image.h"
@@ -9,60 +12,395 @@
 #include "svg/model/Rect.h"
 #include "svg/model/SaveOptions.h"
 #include "svg/model/Text.h"
+#include "svg/write/SvgAttributeWriters.h"
+#include "svg/write/SvgXmlSpace.h"
+#include "svg/write/detail/WriteFailure.h"
 
 namespace tq::svg {
 
-bool ItemInterface::beginWriteAsXml(tq::xml::XmlSaveContext&, const SaveOptions&) const {
+using tq::xml::XmlSaveContext;
+
+bool FailWrite(XmlSaveContext& context, int code, const char* message) {
+    context.errorCode = code;
+    tqLog::Log(tqLogObject(tqLogType::Error, "svg", message));
     return false;
 }
-bool ItemInterface::endWriteAsXml(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool ItemInterface::beginWriteAsXmlImplPost(tq::xml::XmlSaveContext&, const SaveOptions&) const {
+
+bool WriteAttributeRaw(XmlSaveContext& context, const char* name, const char* value) {
+    if (xmlTextWriterWriteAttribute(context.writer, BAD_CAST name, BAD_CAST value) < 0) {
+        return FailWrite(context, SaveErrorAttribute, "Failed to write attribute");
+    }
     return true;
 }
 
-bool Node::beginWriteAsXmlNodeWithName(tq::xml::XmlSaveContext&, const char*) const {
-    return false;
-}
-bool Node::beginWriteAsXmlImplPre(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
+namespace {
+
+bool startElement(XmlSaveContext& context, const char* name, const char* failure) {
+    if (xmlTextWriterStartElement(context.writer, BAD_CAST name) < 0) {
+        return FailWrite(context, SaveErrorElementStart, failure);
+    }
+    return true;
 }
 
-bool Document::beginWriteAsXmlImplPre(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool Document::beginWriteAsXmlImplPost(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool Document::endWriteAsXml(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
+// A float attribute left out when it equals 0.
+bool writeIfNonZero(XmlSaveContext& context, const SaveOptions& options, const char* name,
+                    float value) {
+    return value == 0.0f || Helpers::writeAttributeFloatValue(context, options, name, value);
 }
 
-bool Line::beginWriteAsXmlImplPre(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool Rect::beginWriteAsXmlImplPre(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool Circle::beginWriteAsXmlImplPre(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool Path::beginWriteAsXmlImplPre(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool Image::beginWriteAsXmlImplPre(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool Text::beginWriteAsXmlImplPre(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
-}
-bool Text::endWriteAsXml(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
 }
 
-bool RenderingProperties::writeAttributes(tq::xml::XmlSaveContext&, const SaveOptions&) const {
-    return false;
+// Appends one token of path data with the separator rule: a space between tokens when indenting,
+// otherwise only where a digit would touch a digit.
+void appendToken(std::string& d, const std::string& token, bool indent) {
+    if (!d.empty() && (indent || (isDigit(d.back()) && !token.empty() && isDigit(token.front())))) {
+        d += ' ';
+    }
+    d += token;
+}
+
+// Number of arguments per command type and which of them are arc flags.
+struct ArgumentPattern {
+    int count;
+    int firstFlag;  // index of the first of two flags, or -1
+};
+
+constexpr ArgumentPattern kPatterns[15] = {
+    {2, -1}, {2, -1}, {2, -1}, {2, -1}, {7, 3},  {7, 3},  {1, -1}, {1, -1},
+    {1, -1}, {1, -1}, {6, -1}, {6, -1}, {4, -1}, {4, -1}, {0, -1},
+};
+
+// Whether the letter of `type` may be left out after `previous`: lines repeat implicitly after a
+// moveto of the same kind of coordinates, curves and arcs after themselves.
+bool repeatsImplicitly(Path::CommandType type, int previous) {
+    using T = Path::CommandType;
+    switch (type) {
+        case T::LineTo:
+            return previous == int(T::MoveTo) || previous == int(T::LineTo);
+        case T::LineToRel:
+            return previous == int(T::MoveToRel) || previous == int(T::LineToRel);
+        case T::MoveTo:
+        case T::MoveToRel:
+        case T::ClosePath:
+            return false;
+        default:
+            return previous == int(type);
+    }
+}
+
+std::string buildPathData(const std::list<Path::Command>& commands, const SaveOptions& options) {
+    std::string d;
+    int previous = -1;
+    for (const Path::Command& command : commands) {
+        const auto index = static_cast<std::size_t>(command.type);
+        if (index >= std::size(kPatterns)) {
+            continue;
+        }
+        if (!repeatsImplicitly(command.type, previous)) {
+            if (options.indent && !d.empty()) {
+                d += ' ';
+            }
+            d += Path::CommandLetters[index];
+        }
+        const ArgumentPattern& pattern = kPatterns[index];
+        for (int i = 0; i < pattern.count && static_cast<std::size_t>(i) < command.values.size();
+             ++i) {
+            const float value = command.values[static_cast<std::size_t>(i)];
+            const bool flag =
+                pattern.firstFlag >= 0 && (i == pattern.firstFlag || i == pattern.firstFlag + 1);
+            appendToken(
+                d, flag ? (value == 0.0f ? "0" : "1") : Helpers::floatToSvgNumber(value, options),
+                options.indent);
+        }
+        previous = static_cast<int>(index);
+    }
+    return d;
+}
+
+}  // namespace
+
+// ---- the common frame ------------------------------------------------------------------------
+
+bool ItemInterface::beginWriteAsXml(XmlSaveContext& context, const SaveOptions& options) const {
+    if (!beginWriteAsXmlImplPre(context, options)) {
+        return false;
+    }
+    if (mId && !WriteAttributeRaw(context, "id", mId->c_str())) {
+        return false;
+    }
+    if (!mProperties.writeAttributes(context, options)) {
+        return false;
+    }
+    if (mTransform &&
+        !Helpers::writeAttributeTransform(context, options, "transform", *mTransform)) {
+        return false;
+    }
+    return beginWriteAsXmlImplPost(context, options);
+}
+
+bool ItemInterface::endWriteAsXml(XmlSaveContext& context, const SaveOptions&) const {
+    if (xmlTextWriterEndElement(context.writer) < 0) {
+        return FailWrite(context, SaveErrorElementEnd, "Generic end element failed");
+    }
+    return true;
+}
+
+bool ItemInterface::beginWriteAsXmlImplPost(XmlSaveContext&, const SaveOptions&) const {
+    return true;
+}
+
+// ---- groups and the document -----------------------------------------------------------------
+
+bool Node::beginWriteAsXmlNodeWithName(XmlSaveContext& context, const char* name) const {
+    return startElement(context, name, "Node failed begin");
+}
+
+bool Node::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions&) const {
+    return beginWriteAsXmlNodeWithName(context, "g");
+}
+
+bool Document::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
+    if (!beginWriteAsXmlNodeWithName(context, "svg") ||
+        !WriteAttributeRaw(context, "xmlns", "http://www.w3.org/2000/svg")) {
+        return false;
+    }
+    // A present but invalid box is left out silently.
+    if (mViewBox && mViewBox->isValid()) {
+        return Helpers::writeAttributeBox(context, options, "viewBox", mViewBox->min.X(),
+                                          mViewBox->min.Y(), mViewBox->getWidth(),
+                                          mViewBox->getHeight());
+    }
+    return true;
+}
+
+// The sheet goes first inside "svg", in a CDATA section hidden from CSS inside comments.
+bool Document::beginWriteAsXmlImplPost(XmlSaveContext& context, const SaveOptions&) const {
+    if (!mStyle || mStyle->empty()) {
+        return true;
+    }
+    if (!startElement(context, "style", "Node failed begin")) {
+        return false;
+    }
+    xmlTextWriterWriteRaw(context.writer, BAD_CAST "\n/* <![CDATA[ */");
+    xmlTextWriterWriteRaw(context.writer, BAD_CAST mStyle->c_str());
+    xmlTextWriterWriteRaw(context.writer, BAD_CAST "\n/* ]]> */");
+    if (xmlTextWriterEndElement(context.writer) < 0) {
+        // The begin message for an end failure: deliberate.
+        return FailWrite(context, SaveErrorElementEnd, "Node failed begin");
+    }
+    return true;
+}
+
+bool Document::endWriteAsXml(XmlSaveContext& context, const SaveOptions& options) const {
+    return ItemInterface::endWriteAsXml(context, options);
+}
+
+// ---- shapes ----------------------------------------------------------------------------------
+
+bool Rect::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
+    return startElement(context, "rect", "Rect failed begin") &&
+           writeIfNonZero(context, options, "x", position.X()) &&
+           writeIfNonZero(context, options, "y", position.Y()) &&
+           Helpers::writeAttributeFloatValue(context, options, "width", size.X()) &&
+           Helpers::writeAttributeFloatValue(context, options, "height", size.Y()) &&
+           writeIfNonZero(context, options, "rx", radius.X()) &&
+           writeIfNonZero(context, options, "ry", radius.Y());
+}
+
+bool Circle::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
+    return startElement(context, "circle", "Circle failed begin") &&
+           Helpers::writeAttributeFloatValue(context, options, "r", radius) &&
+           writeIfNonZero(context, options, "cx", center.X()) &&
+           writeIfNonZero(context, options, "cy", center.Y());
+}
+
+bool Line::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
+    return startElement(context, "line", "Line failed begin") &&
+           writeIfNonZero(context, options, "x1", start.X()) &&
+           writeIfNonZero(context, options, "y1", start.Y()) &&
+           writeIfNonZero(context, options, "x2", end.X()) &&
+           writeIfNonZero(context, options, "y2", end.Y());
+}
+
+bool Path::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
+    return startElement(context, "path", "Path failed begin") &&
+           WriteAttributeRaw(context, "d", buildPathData(commands, options).c_str());
+}
+
+bool Image::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
+    static constexpr const char* kAlignments[] = {"xMinYMin", "xMidYMin", "xMaxYMin",
+                                                  "xMinYMid", "xMidYMid", "xMaxYMid",
+                                                  "xMinYMax", "xMidYMax", "xMaxYMax"};
+    if (!startElement(context, "image", "Image failed begin") ||
+        !writeIfNonZero(context, options, "x", position.X()) ||
+        !writeIfNonZero(context, options, "y", position.Y()) ||
+        !Helpers::writeAttributeFloatValue(context, options, "width", size.X()) ||
+        !Helpers::writeAttributeFloatValue(context, options, "height", size.Y()) ||
+        !WriteAttributeRaw(context, "href", href.c_str())) {
+        return false;
+    }
+    // "none" reads as 0 and is therefore not written back: deliberate.
+    if (!preserveAspectRatio || *preserveAspectRatio == AspectRatioAlign::None) {
+        return true;
+    }
+    const auto value = static_cast<std::size_t>(*preserveAspectRatio);
+    return Helpers::writeAttributeString(context, options, "preserveAspectRatio",
+                                         value <= 9 ? kAlignments[value - 1] : "none");
+}
+
+bool Text::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
+    if (!startElement(context, "text", "Text failed begin") ||
+        !writeIfNonZero(context, options, "x", position.X()) ||
+        !writeIfNonZero(context, options, "y", position.Y())) {
+        return false;
+    }
+    if (fontFamily && !WriteAttributeRaw(context, "font-family", fontFamily->c_str())) {
+        return false;
+    }
+    if (bold.value_or(false) && !WriteAttributeRaw(context, "font-weight", "bold")) {
+        return false;
+    }
+    if (italic.value_or(false) && !WriteAttributeRaw(context, "font-style", "italic")) {
+        return false;
+    }
+    if (underline.value_or(false) && !WriteAttributeRaw(context, "text-decoration", "underline")) {
+        return false;
+    }
+    if (fontSize && !Helpers::writeAttributeFloatValue(context, options, "font-size", *fontSize)) {
+        return false;
+    }
+    if (textLength &&
+        !Helpers::writeAttributeUnitValue(context, options, "textLength", *textLength)) {
+        return false;
+    }
+    if (xmlSpacePreserve &&
+        !WriteAttributeRaw(context, "xml:space", *xmlSpacePreserve ? "preserve" : "default")) {
+        return false;
+    }
+    return true;
+}
+
+// The content is written as stored: no white-space rule is applied here.
+bool Text::endWriteAsXml(XmlSaveContext& context, const SaveOptions& options) const {
+    if (text.size() >= (std::size_t(1) << 31)) {
+        return FailWrite(context, SaveErrorElementEnd, "Text content was too long");
+    }
+    if (!tqStringUtils::IsUtf8String(text)) {
+        return FailWrite(context, SaveErrorElementEnd, "Text content was not utf8");
+    }
+    if (xmlTextWriterWriteString(context.writer, BAD_CAST text.c_str()) == -1) {
+        return FailWrite(context, SaveErrorElementEnd, "Text failed write content");
+    }
+    return ItemInterface::endWriteAsXml(context, options);
+}
+
+// ---- presentation attributes -----------------------------------------------------------------
+
+// In the library's own order (stroke before fill, opacity after class), which byte-identical
+// output depends on.
+bool RenderingProperties::writeAttributes(XmlSaveContext& context,
+                                          const SaveOptions& options) const {
+    using namespace Helpers;
+    static constexpr const char* kJoins[] = {"arcs", "bevel", "miter", "miter-clip", "round"};
+    if (strokeWidth && !writeAttributeFloatValue(context, options, "stroke-width", *strokeWidth)) {
+        return false;
+    }
+    if (strokeOpacity &&
+        !writeAttributeFloatValue(context, options, "stroke-opacity", *strokeOpacity)) {
+        return false;
+    }
+    if (stroke && !stroke->empty() && !WriteAttributeRaw(context, "stroke", stroke->c_str())) {
+        return false;
+    }
+    if (fill && !fill->empty() && !WriteAttributeRaw(context, "fill", fill->c_str())) {
+        return false;
+    }
+    if (fillOpacity && !writeAttributeFloatValue(context, options, "fill-opacity", *fillOpacity)) {
+        return false;
+    }
+    if (className && !className->empty() &&
+        !writeAttributeString(context, options, "class", *className)) {
+        return false;
+    }
+    if (opacity && !writeAttributeFloatValue(context, options, "opacity", *opacity)) {
+        return false;
+    }
+    if (strokeLinecap) {
+        const char* cap = *strokeLinecap == LineCap::Round    ? "round"
+                          : *strokeLinecap == LineCap::Square ? "square"
+                                                              : "butt";
+        if (!writeAttributeString(context, options, "stroke-linecap", cap)) {
+            return false;
+        }
+    }
+    if (strokeLinejoin) {
+        const auto join = static_cast<std::size_t>(*strokeLinejoin);
+        if (!writeAttributeString(context, options, "stroke-linejoin",
+                                  join < std::size(kJoins) ? kJoins[join] : "miter")) {
+            return false;
+        }
+    }
+    if (strokeDasharray &&
+        !writeAttributeUnitValues(context, options, "stroke-dasharray", *strokeDasharray)) {
+        return false;
+    }
+    if (vectorEffect) {
+        static constexpr std::pair<VectorEffect, const char*> kEffects[] = {
+            {VectorEffect::NonScalingStroke, "non-scaling-stroke"},
+            {VectorEffect::NonScalingSize, "non-scaling-size"},
+            {VectorEffect::NonRotation, "non-rotation"},
+            {VectorEffect::FixedPosition, "fixed-position"}};
+        std::string keywords;
+        for (const auto& [bit, keyword] : kEffects) {
+            if ((*vectorEffect & bit) != VectorEffect::None) {
+                keywords += keywords.empty() ? "" : " ";
+                keywords += keyword;
+            }
+        }
+        if (!writeAttributeString(context, options, "vector-effect",
+                                  keywords.empty() ? "none" : keywords)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// ---- text helpers ------------------------------------------------------------------------------
+
+std::string ApplySvgXMLSpacePreserve(const std::string& text) {
+    std::string result = text;
+    for (char& c : result) {
+        if (c == '\t' || c == '\n' || c == '\r') {
+            c = ' ';
+        }
+    }
+    return result;
+}
+
+std::string ApplySvgXMLSpaceDefault(const std::string& text) {
+    std::string result;
+    result.reserve(text.size());
+    bool pendingBlank = false;  // a run of blanks waiting for what follows it
+    for (char c : text) {
+        if (c == '\n' || c == '\r') {
+            // A line break ends the current run; its blanks count once, unless at the start.
+            if (pendingBlank && !result.empty()) {
+                result += ' ';
+            }
+            pendingBlank = false;
+        } else if (c == ' ' || c == '\t') {
+            pendingBlank = true;
+        } else {
+            if (pendingBlank && !result.empty()) {
+                result += ' ';
+            }
+            pendingBlank = false;
+            result += c;
+        }
+    }
+    return result;  // a blank run at the very end is dropped
 }
 
 }  // namespace tq::svg

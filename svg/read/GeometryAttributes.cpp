@@ -1,0 +1,352 @@
+// The per-tag attribute parsers: geometry and structure.
+#include <utf8.h>
+
+#include <string>
+
+#include <tqSystem/tqStringUtils.h>
+
+#include "svg/model/Circle.h"
+#include "svg/model/Document.h"
+#include "svg/model/Image.h"
+#include "svg/model/Line.h"
+#include "svg/model/Path.h"
+#include "svg/model/Rect.h"
+#include "svg/model/SvgNumber.h"
+#include "svg/model/Text.h"
+#include "svg/path/PathVisitorStrToCommands.h"
+#include "svg/read/AttributeParsers.h"
+
+namespace tq::svg {
+
+namespace {
+
+using R = AttributeParseResult;
+
+std::string quoted(std::string_view text) {
+    return "\"" + std::string(text) + "\"";
+}
+
+R specifiedTwice(Loader& loader, std::string_view name) {
+    loader.reportError("Attribute " + quoted(name) + " specified twice");
+    return R::Invalid;
+}
+
+R failedToParse(Loader& loader, std::string_view name, std::string_view value) {
+    loader.reportError("Failed to parse value " + quoted(value) + " in attribute " + quoted(name));
+    return R::Invalid;
+}
+
+// Claims the element's slot for this attribute: false, after the message, when it was taken.
+bool claimSlot(Loader& loader, std::size_t slot, std::string_view name) {
+    bool& seen = loader.stack().attributeSeen[slot];
+    if (seen) {
+        specifiedTwice(loader, name);
+        return false;
+    }
+    seen = true;
+    return true;
+}
+
+// A slot-guarded number: the slot stays claimed when the value does not parse.
+R parseNumberInto(Loader& loader, std::size_t slot, std::string_view name, std::string_view value,
+                  float& target) {
+    if (!claimSlot(loader, slot, name)) {
+        return R::Invalid;
+    }
+    float number = 0.0f;
+    if (!ParseSvgNumber(value, number)) {
+        return failedToParse(loader, name, value);
+    }
+    target = number;
+    return R::Handled;
+}
+
+// Adds instead of storing: the position of a text accumulates x and dx (y and dy), deliberately.
+R addNumberTo(Loader& loader, std::size_t slot, std::string_view name, std::string_view value,
+              float& target) {
+    float number = 0.0f;
+    const R result = parseNumberInto(loader, slot, name, value, number);
+    if (result == R::Handled) {
+        target += number;
+    }
+    return result;
+}
+
+struct NamedSlot {
+    std::string_view name;
+    std::size_t slot;
+};
+
+template <std::size_t N>
+const NamedSlot* findSlot(const NamedSlot (&table)[N], std::string_view name) {
+    for (const auto& entry : table) {
+        if (entry.name == name) {
+            return &entry;
+        }
+    }
+    return nullptr;
+}
+
+bool isSeparator(char32_t c) {
+    return c == U' ' || c == U',' || c == U'\t' || c == U'\n' || c == U'\r';
+}
+
+}  // namespace
+
+bool ParseNumberList(std::string_view name, std::string_view value, std::size_t minCount,
+                     std::size_t maxCount, std::vector<float>& out,
+                     const Loader::MessageCallback& error) {
+    std::string copy(value);
+    for (auto it = copy.begin(); it != copy.end();) {
+        auto at = it;
+        if (isSeparator(utf8::next(it, copy.end()))) {
+            *at = ' ';
+        }
+    }
+    const std::vector<std::string> parts = tqStringUtils::Split(copy, ' ', true);
+    if (parts.size() < minCount || parts.size() > maxCount) {
+        if (error) {
+            error("Wrong number of values for " + quoted(name));
+        }
+        return false;
+    }
+    out.clear();
+    for (const std::string& part : parts) {
+        float number = 0.0f;
+        if (!ParseSvgNumber(part, number)) {
+            if (error) {
+                error("Failed to parse value " + quoted(part) + " in attribute " + quoted(name));
+            }
+            return false;
+        }
+        out.push_back(number);
+    }
+    return true;
+}
+
+AttributeParseResult ParseSvgAttribute(Loader& loader, ItemInterface& item, std::string_view name,
+                                       std::string_view prefix, std::string_view value) {
+    if (item.getType() != ItemType::Document) {
+        return R::Invalid;
+    }
+    if (!prefix.empty()) {
+        return R::NotRecognised;
+    }
+    auto& document = static_cast<Document&>(item);
+    if (name == "xmlns") {
+        // Once per document: a nested svg element repeating it is reported.
+        if (loader.stack().xmlnsSeen) {
+            return specifiedTwice(loader, name);
+        }
+        loader.stack().xmlnsSeen = true;
+        return R::Handled;
+    }
+    if (name == "viewBox") {
+        if (document.getViewbox()) {
+            return specifiedTwice(loader, name);
+        }
+        document.editViewbox() = BoundingBox();
+        std::vector<float> numbers;
+        if (!ParseNumberList(name, value, 4, 4, numbers, loader.errorCallback())) {
+            return R::Invalid;
+        }
+        document.editViewbox() =
+            BoundingBox(Wm4::Vector2f(numbers[0], numbers[1]),
+                        Wm4::Vector2f(numbers[0] + numbers[2], numbers[1] + numbers[3]));
+        return R::Handled;
+    }
+    return R::NotRecognised;
+}
+
+AttributeParseResult ParseGroupAttribute(Loader&, ItemInterface& item, std::string_view,
+                                         std::string_view, std::string_view) {
+    return item.getType() == ItemType::Node ? R::NotRecognised : R::Invalid;
+}
+
+AttributeParseResult ParseRectAttribute(Loader& loader, ItemInterface& item, std::string_view name,
+                                        std::string_view prefix, std::string_view value) {
+    static constexpr NamedSlot kSlots[] = {{"x", 0},      {"y", 1},  {"width", 2},
+                                           {"height", 3}, {"rx", 4}, {"ry", 5}};
+    if (item.getType() != ItemType::Rect) {
+        return R::Invalid;
+    }
+    const NamedSlot* slot = prefix.empty() ? findSlot(kSlots, name) : nullptr;
+    if (slot == nullptr) {
+        return R::NotRecognised;
+    }
+    auto& rect = static_cast<Rect&>(item);
+    float* targets[] = {&rect.position.X(), &rect.position.Y(), &rect.size.X(),
+                        &rect.size.Y(),     &rect.radius.X(),   &rect.radius.Y()};
+    return parseNumberInto(loader, slot->slot, name, value, *targets[slot->slot]);
+}
+
+AttributeParseResult ParseLineAttribute(Loader& loader, ItemInterface& item, std::string_view name,
+                                        std::string_view prefix, std::string_view value) {
+    static constexpr NamedSlot kSlots[] = {{"x1", 0}, {"x2", 1}, {"y1", 2}, {"y2", 3}};
+    if (item.getType() != ItemType::Line) {
+        return R::Invalid;
+    }
+    const NamedSlot* slot = prefix.empty() ? findSlot(kSlots, name) : nullptr;
+    if (slot == nullptr) {
+        return R::NotRecognised;
+    }
+    auto& line = static_cast<Line&>(item);
+    float* targets[] = {&line.start.X(), &line.end.X(), &line.start.Y(), &line.end.Y()};
+    return parseNumberInto(loader, slot->slot, name, value, *targets[slot->slot]);
+}
+
+AttributeParseResult ParseCircleAttribute(Loader& loader, ItemInterface& item,
+                                          std::string_view name, std::string_view prefix,
+                                          std::string_view value) {
+    static constexpr NamedSlot kSlots[] = {{"r", 0}, {"cx", 1}, {"cy", 2}};
+    if (item.getType() != ItemType::Circle) {
+        return R::Invalid;
+    }
+    const NamedSlot* slot = prefix.empty() ? findSlot(kSlots, name) : nullptr;
+    if (slot == nullptr) {
+        return R::NotRecognised;
+    }
+    auto& circle = static_cast<Circle&>(item);
+    float* targets[] = {&circle.radius, &circle.center.X(), &circle.center.Y()};
+    return parseNumberInto(loader, slot->slot, name, value, *targets[slot->slot]);
+}
+
+AttributeParseResult ParsePathAttribute(Loader& loader, ItemInterface& item, std::string_view name,
+                                        std::string_view prefix, std::string_view value) {
+    if (item.getType() != ItemType::Path) {
+        return R::Invalid;
+    }
+    if (!prefix.empty() || name != "d") {
+        return R::NotRecognised;
+    }
+    if (!claimSlot(loader, 0, name)) {
+        return R::Invalid;
+    }
+    std::string error;
+    if (!ConvertPathStringToCommands(std::string(value), static_cast<Path&>(item).commands,
+                                     &error)) {
+        loader.reportError("Malformed path attribute, " + error);
+        return R::Invalid;
+    }
+    return R::Handled;
+}
+
+AttributeParseResult ParseImageAttribute(Loader& loader, ItemInterface& item, std::string_view name,
+                                         std::string_view prefix, std::string_view value) {
+    static constexpr NamedSlot kSlots[] = {{"x", 0}, {"y", 1}, {"width", 2}, {"height", 3}};
+    static constexpr std::string_view kAlignments[] = {
+        "none",     "xMinYMin", "xMidYMin", "xMaxYMin", "xMinYMid",
+        "xMidYMid", "xMaxYMid", "xMinYMax", "xMidYMax", "xMaxYMax"};
+    if (item.getType() != ItemType::Image) {
+        return R::Invalid;
+    }
+    if (!prefix.empty()) {
+        return R::NotRecognised;
+    }
+    auto& image = static_cast<Image&>(item);
+    if (const NamedSlot* slot = findSlot(kSlots, name)) {
+        float* targets[] = {&image.position.X(), &image.position.Y(), &image.size.X(),
+                            &image.size.Y()};
+        return parseNumberInto(loader, slot->slot, name, value, *targets[slot->slot]);
+    }
+    if (name == "href") {
+        // An empty href does not count as given: a second one is then accepted.
+        if (!image.href.empty()) {
+            return specifiedTwice(loader, name);
+        }
+        image.href = std::string(value);
+        return R::Handled;
+    }
+    if (name == "preserveAspectRatio") {
+        if (image.preserveAspectRatio) {
+            return specifiedTwice(loader, name);
+        }
+        image.preserveAspectRatio = AspectRatioAlign::None;
+        for (std::size_t i = 0; i < std::size(kAlignments); ++i) {
+            if (value == kAlignments[i]) {
+                image.preserveAspectRatio = static_cast<AspectRatioAlign>(i);
+                return R::Handled;
+            }
+        }
+        return failedToParse(loader, name, value);
+    }
+    return R::NotRecognised;
+}
+
+AttributeParseResult ParseTextAttribute(Loader& loader, ItemInterface& item, std::string_view name,
+                                        std::string_view prefix, std::string_view value) {
+    static constexpr NamedSlot kPosition[] = {{"x", 0}, {"y", 1}, {"dx", 2}, {"dy", 3}};
+    if (item.getType() != ItemType::Text) {
+        return R::Invalid;
+    }
+    auto& text = static_cast<Text&>(item);
+    if (!prefix.empty()) {
+        if (prefix == "xml" && name == "space") {
+            text.xmlSpacePreserve = value == "preserve";
+            return R::Handled;
+        }
+        return R::NotRecognised;
+    }
+    if (const NamedSlot* slot = findSlot(kPosition, name)) {
+        float& axis = slot->slot % 2 == 0 ? text.position.X() : text.position.Y();
+        return addNumberTo(loader, slot->slot, name, value, axis);
+    }
+    if (name == "font-size") {
+        if (!claimSlot(loader, 4, name)) {
+            return R::Invalid;
+        }
+        text.fontSize = text.fontSize.value_or(0.0f);  // set before the value is parsed
+        float number = 0.0f;
+        if (!ParseSvgNumber(value, number)) {
+            return failedToParse(loader, name, value);
+        }
+        *text.fontSize += number;
+        return R::Handled;
+    }
+    if (name == "textLength") {
+        if (text.textLength) {
+            return specifiedTwice(loader, name);
+        }
+        text.textLength = UnitValue(0.0f, Unit::None);
+        float number = 0.0f;
+        if (!ParseSvgNumber(value, number)) {
+            return failedToParse(loader, name, value);
+        }
+        text.textLength->value = number;
+        return R::Handled;
+    }
+    if (name == "font-family") {
+        text.fontFamily = std::string(value);
+        return R::Handled;
+    }
+    // Keywords other than the one that matters are accepted without effect.
+    if (name == "font-weight") {
+        if (value == "bold") {
+            text.bold = true;
+        }
+        return R::Handled;
+    }
+    if (name == "font-style") {
+        if (value == "italic") {
+            text.italic = true;
+        }
+        return R::Handled;
+    }
+    if (name == "text-decoration") {
+        if (value == "underline") {
+            text.underline = true;
+        }
+        return R::Handled;
+    }
+    // A text reports its unknown attributes itself.
+    const std::string message =
+        "Ignore unsupported attribute " + quoted(name) + " with value " + quoted(value);
+    if (loader.ignoresUnsupported()) {
+        loader.reportWarning(message);
+        return R::Handled;
+    }
+    loader.reportError(message);
+    return R::Invalid;
+}
+
+}  // namespace tq::svg

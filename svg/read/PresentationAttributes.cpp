@@ -1,0 +1,296 @@
+// The presentation parser, asked first for every attribute of every element, and the
+// transform-list parser.
+#include <cmath>
+#include <string>
+
+#include <Wm4Foundation/Wm4Vector4.h>
+
+#include "svg/model/SvgColor.h"
+#include "svg/model/SvgNumber.h"
+#include "svg/read/AttributeParsers.h"
+
+namespace tq::svg {
+
+namespace {
+
+using R = AttributeParseResult;
+
+constexpr double kDegreesToRadians = 0.017453292519943295;
+
+std::string quoted(std::string_view text) {
+    return "\"" + std::string(text) + "\"";
+}
+
+// The duplicate rule of every row: the first occurrence sets the property (to the type's zero
+// value until the text is read) and later ones are refused.
+template <class T>
+bool claim(Loader& loader, std::optional<T>& target, std::string_view name) {
+    if (target) {
+        loader.reportError("Attribute " + quoted(name) + " specified twice");
+        return false;
+    }
+    target = T{};
+    return true;
+}
+
+R failedToParse(Loader& loader, std::string_view name, std::string_view value) {
+    loader.reportError("Failed to parse value " + quoted(value) + " in attribute " + quoted(name));
+    return R::Invalid;
+}
+
+R parseNumber(Loader& loader, std::optional<float>& target, std::string_view name,
+              std::string_view value) {
+    if (!claim(loader, target, name)) {
+        return R::Invalid;
+    }
+    float number = 0.0f;
+    if (!ParseSvgNumber(value, number)) {
+        return failedToParse(loader, name, value);
+    }
+    target = number;
+    return R::Handled;
+}
+
+// The text is kept as written, even when it is no colour: it survives a load and a save.
+R parseColour(Loader& loader, std::optional<std::string>& target, std::string_view name,
+              std::string_view value) {
+    if (!claim(loader, target, name)) {
+        return R::Invalid;
+    }
+    target = std::string(value);
+    Wm4::Vector4<unsigned char> colour;
+    if (value != "none" && !ParseSvgColor(*target, colour)) {
+        loader.reportError("Failed to parse color " + quoted(value) + " in attribute " +
+                           quoted(name));
+        return R::Invalid;
+    }
+    return R::Handled;
+}
+
+R parseText(Loader& loader, std::optional<std::string>& target, std::string_view name,
+            std::string_view value) {
+    if (!claim(loader, target, name)) {
+        return R::Invalid;
+    }
+    target = std::string(value);
+    return R::Handled;
+}
+
+// Keywords map onto the enumeration in the order given, from 0.
+template <class T, std::size_t N>
+R parseKeyword(Loader& loader, std::optional<T>& target, std::string_view name,
+               std::string_view value, const std::string_view (&keywords)[N]) {
+    if (!claim(loader, target, name)) {
+        return R::Invalid;
+    }
+    for (std::size_t i = 0; i < N; ++i) {
+        if (value == keywords[i]) {
+            target = static_cast<T>(i);
+            return R::Handled;
+        }
+    }
+    return failedToParse(loader, name, value);
+}
+
+R parseVectorEffect(Loader& loader, std::optional<VectorEffect>& target, std::string_view name,
+                    std::string_view value) {
+    static constexpr std::string_view kKeywords[] = {
+        "none", "non-scaling-stroke", "non-scaling-size", "non-rotation", "fixed-position"};
+    static constexpr VectorEffect kBits[] = {
+        VectorEffect::None, VectorEffect::NonScalingStroke, VectorEffect::NonScalingSize,
+        VectorEffect::NonRotation, VectorEffect::FixedPosition};
+    if (!claim(loader, target, name)) {
+        return R::Invalid;
+    }
+    for (std::size_t i = 0; i < std::size(kKeywords); ++i) {
+        if (value == kKeywords[i]) {
+            target = kBits[i];
+            return R::Handled;
+        }
+    }
+    return failedToParse(loader, name, value);
+}
+
+// "none" and an empty value both stand for no dashing: an empty list, which cancels an
+// inherited one.
+R parseDashArray(Loader& loader, std::optional<std::vector<UnitValue>>& target,
+                 std::string_view name, std::string_view value) {
+    if (!claim(loader, target, name)) {
+        return R::Invalid;
+    }
+    if (value == "none") {
+        return R::Handled;
+    }
+    std::vector<float> numbers;
+    if (!ParseNumberList(name, value, 0, static_cast<std::size_t>(-1), numbers,
+                         loader.errorCallback())) {
+        return R::Invalid;
+    }
+    for (float number : numbers) {
+        target->emplace_back(number, Unit::None);
+    }
+    return R::Handled;
+}
+
+bool isTransformSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+// One command's matrix; false, after its lines on `error`, when it cannot be built.
+bool buildCommandMatrix(std::string_view value, std::string_view command,
+                        std::string_view arguments, Wm4::Matrix3f& m,
+                        const Loader::MessageCallback& error) {
+    struct Arity {
+        std::string_view name;
+        std::size_t min, max;
+    };
+    static constexpr Arity kCommands[] = {{"matrix", 6, 6}, {"translate", 1, 2}, {"scale", 1, 2},
+                                          {"rotate", 1, 3}, {"skewX", 1, 1},     {"skewY", 1, 1}};
+    const Arity* arity = nullptr;
+    for (const auto& candidate : kCommands) {
+        if (candidate.name == command) {
+            arity = &candidate;
+        }
+    }
+    if (arity == nullptr) {
+        if (error) {
+            error("Failed to parse transform attribute " + quoted(value) +
+                  ", unsupported command '" + std::string(command) + "'");
+        }
+        return false;
+    }
+    std::vector<float> n;
+    if (!ParseNumberList("transform", arguments, arity->min, arity->max, n, error)) {
+        if (error) {
+            error("Failed to parse transform attribute " + quoted(value) + ", fail to parse '" +
+                  std::string(command) + "' content");
+        }
+        return false;
+    }
+    const auto radians = [](float degrees) {
+        return static_cast<float>(static_cast<double>(degrees) * kDegreesToRadians);
+    };
+    m = Wm4::Matrix3f::IDENTITY;
+    if (command == "matrix") {
+        m(0, 0) = n[0];
+        m(1, 0) = n[1];
+        m(0, 1) = n[2];
+        m(1, 1) = n[3];
+        m(0, 2) = n[4];
+        m(1, 2) = n[5];
+    } else if (command == "translate") {
+        m(0, 2) = n[0];
+        m(1, 2) = n.size() > 1 ? n[1] : 0.0f;
+    } else if (command == "scale") {
+        m(0, 0) = n[0];
+        m(1, 1) = n.size() > 1 ? n[1] : n[0];
+    } else if (command == "rotate") {
+        const float r = radians(n[0]);
+        m(0, 0) = std::cos(r);
+        m(0, 1) = -std::sin(r);
+        m(1, 0) = std::sin(r);
+        m(1, 1) = std::cos(r);
+        // The centre goes straight into the translation column, not as a rotation about it:
+        // deliberate.
+        if (n.size() == 3) {
+            m(0, 2) = n[1];
+            m(1, 2) = n[2];
+        }
+    } else if (command == "skewX") {
+        m(0, 1) = std::tan(radians(n[0]));
+    } else {
+        m(1, 0) = std::tan(radians(n[0]));
+    }
+    return true;
+}
+
+}  // namespace
+
+bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
+                        const Loader::MessageCallback& error) {
+    Wm4::Matrix3f accumulated = Wm4::Matrix3f::IDENTITY;
+    std::size_t pos = 0;
+    while (true) {
+        while (pos < value.size() && (isTransformSpace(value[pos]) || value[pos] == ',')) {
+            ++pos;
+        }
+        if (pos == value.size()) {
+            break;
+        }
+        const std::size_t open = value.find('(', pos);
+        const std::size_t close = value.find(')', pos);
+        if (open == std::string_view::npos || close == std::string_view::npos || close < open) {
+            if (error) {
+                error("Failed to parse transform attribute " + quoted(value) +
+                      ", fail to locate '(' / ')'");
+            }
+            return false;
+        }
+        std::size_t nameEnd = open;
+        while (nameEnd > pos && isTransformSpace(value[nameEnd - 1])) {
+            --nameEnd;
+        }
+        Wm4::Matrix3f m;
+        if (!buildCommandMatrix(value, value.substr(pos, nameEnd - pos),
+                                value.substr(open + 1, close - open - 1), m, error)) {
+            return false;
+        }
+        accumulated = accumulated * m;  // the leftmost command ends up applied last
+        pos = close + 1;
+    }
+    out = accumulated;
+    return true;
+}
+
+AttributeParseResult ParsePresentationAttribute(Loader& loader, ItemInterface& item,
+                                                std::string_view name, std::string_view prefix,
+                                                std::string_view value) {
+    static constexpr std::string_view kCaps[] = {"butt", "round", "square"};
+    static constexpr std::string_view kJoins[] = {"arcs", "bevel", "miter", "miter-clip", "round"};
+    if (!prefix.empty()) {
+        return R::NotRecognised;
+    }
+    RenderingProperties& p = item.editProperties();
+    if (name == "stroke-width")
+        return parseNumber(loader, p.strokeWidth, name, value);
+    if (name == "stroke")
+        return parseColour(loader, p.stroke, name, value);
+    if (name == "stroke-opacity")
+        return parseNumber(loader, p.strokeOpacity, name, value);
+    if (name == "fill")
+        return parseColour(loader, p.fill, name, value);
+    if (name == "fill-opacity")
+        return parseNumber(loader, p.fillOpacity, name, value);
+    if (name == "class")
+        return parseText(loader, p.className, name, value);
+    if (name == "stroke-linecap")
+        return parseKeyword(loader, p.strokeLinecap, name, value, kCaps);
+    if (name == "stroke-linejoin")
+        return parseKeyword(loader, p.strokeLinejoin, name, value, kJoins);
+    if (name == "stroke-dasharray")
+        return parseDashArray(loader, p.strokeDasharray, name, value);
+    if (name == "vector-effect")
+        return parseVectorEffect(loader, p.vectorEffect, name, value);
+    if (name == "id")
+        return parseText(loader, item.editId(), name, value);
+    if (name == "transform") {
+        if (item.getTransform()) {
+            loader.reportError("Attribute \"transform\" specified twice");
+            return R::Invalid;
+        }
+        Wm4::Matrix3f matrix;
+        if (!ParseTransformList(value, matrix, loader.errorCallback())) {
+            return R::Invalid;
+        }
+        // An identity result stores nothing, so a later transform is not "specified twice".
+        if (matrix != Wm4::Matrix3f::IDENTITY) {
+            item.editTransform() = matrix;
+        }
+        return R::Handled;
+    }
+    if (name == "opacity")
+        return parseNumber(loader, p.opacity, name, value);
+    return R::NotRecognised;
+}
+
+}  // namespace tq::svg

@@ -1,0 +1,23 @@
+// Shared failure reporting of the writers (internal).
+#pragma once
+
+#include <tqXml/XmlSaveContext.h>
+
+namespace tq::svg {
+
+// Error codes of a save, kept in XmlSaveContext::errorCode.
+enum SaveErrorCode {
+    SaveErrorHeader = 2,        // the document start or a header comment
+    SaveErrorDocumentEnd = 3,   // the document end
+    SaveErrorElementStart = 4,  // a start tag
+    SaveErrorElementEnd = 5,    // an end tag or text content
+    SaveErrorAttribute = 6,     // an attribute
+};
+
+// Sets the code, logs `message` under "svg" and returns false.
+bool FailWrite(tq::xml::XmlSaveContext& context, int code, const char* message);
+
+// Writes one attribute directly through the writer; code 6 and its log line on failure.
+bool WriteAttributeRaw(tq::xml::XmlSaveContext& context, const char* name, const char* value);
+
+}  // namespace tq::svg

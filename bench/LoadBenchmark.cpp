@@ -1,0 +1,186 @@
+// Loading speed, side by side over the same bytes:
+//   BareSax        libxml2's SAX2 push parser with empty callbacks: the ceiling of any loader
+//   BareSaxNumbers the same plus std::from_chars over every number of the path data: the floor
+//                  of any loader that keeps the numbers
+//   ParseXmlStream our SAX layer with an empty handler
+//   Load           the full load into an item tree
+//   Tokenizer      the path-data grammar alone over all the path data
+#include <benchmark/benchmark.h>
+#include <libxml/parser.h>
+
+#include <charconv>
+#include <cstring>
+
+#include "AllocationCounter.h"
+#include "SvgDocumentGenerator.h"
+#include "svg/tqSvg.h"
+
+namespace {
+
+const std::string& document() {
+    static const std::string svg = tq::bench::GeneratePathHeavySvg(50u << 20);
+    return svg;
+}
+
+constexpr int kChunk = 64 * 1024;
+
+// ---- bare libxml2 ------------------------------------------------------------------------------
+
+struct BareState {
+    bool parseNumbers = false;
+    std::size_t numbers = 0;
+    double sum = 0;
+};
+
+void countNumbers(BareState& state, const char* p, const char* end) {
+    while (p < end) {
+        const char c = *p;
+        if ((c >= '0' && c <= '9') || c == '-' || c == '.') {
+            double value;
+            const auto r = std::from_chars(p, end, value);
+            if (r.ec == std::errc()) {
+                state.sum += value;
+                ++state.numbers;
+                p = r.ptr;
+                continue;
+            }
+        }
+        ++p;
+    }
+}
+
+void bareStart(void* ctx, const xmlChar*, const xmlChar*, const xmlChar*, int, const xmlChar**,
+               int nbAttributes, int, const xmlChar** attributes) {
+    auto& state = *static_cast<BareState*>(static_cast<xmlParserCtxtPtr>(ctx)->_private);
+    if (!state.parseNumbers) {
+        return;
+    }
+    for (int i = 0; i < nbAttributes; ++i) {
+        const xmlChar** a = attributes + 5 * i;
+        if (std::strcmp(reinterpret_cast<const char*>(a[0]), "d") == 0) {
+            countNumbers(state, reinterpret_cast<const char*>(a[3]),
+                         reinterpret_cast<const char*>(a[4]));
+        }
+    }
+}
+
+void bareEnd(void*, const xmlChar*, const xmlChar*, const xmlChar*) {}
+void bareCharacters(void*, const xmlChar*, int) {}
+
+void runBare(benchmark::State& state, bool parseNumbers) {
+    const std::string& svg = document();
+    BareState bare;
+    bare.parseNumbers = parseNumbers;
+    for (auto _ : state) {
+        xmlSAXHandler sax;
+        std::memset(&sax, 0, sizeof sax);
+        sax.initialized = XML_SAX2_MAGIC;
+        sax.startElementNs = bareStart;
+        sax.endElementNs = bareEnd;
+        sax.characters = bareCharacters;
+        xmlParserCtxtPtr ctxt = xmlCreatePushParserCtxt(&sax, nullptr, nullptr, 0, nullptr);
+        ctxt->_private = &bare;
+        for (std::size_t pos = 0; pos < svg.size(); pos += kChunk) {
+            xmlParseChunk(ctxt, svg.data() + pos,
+                          static_cast<int>(std::min<std::size_t>(kChunk, svg.size() - pos)), 0);
+        }
+        xmlParseChunk(ctxt, nullptr, 0, 1);
+        xmlFreeParserCtxt(ctxt);
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * svg.size()));
+    if (parseNumbers) {
+        state.counters["numbers/s"] =
+            benchmark::Counter(double(bare.numbers), benchmark::Counter::kIsRate);
+    }
+    benchmark::DoNotOptimize(bare.sum);
+}
+
+void BareSax(benchmark::State& state) {
+    runBare(state, false);
+}
+void BareSaxNumbers(benchmark::State& state) {
+    runBare(state, true);
+}
+
+// ---- ours
+// ----------------------------------------------------------------------------------------
+
+void ParseXmlStream(benchmark::State& state) {
+    const std::string& svg = document();
+    tq::xml::XmlSaxParserHandler handler;
+    for (auto _ : state) {
+        tqIoDeviceMemory device(svg);
+        benchmark::DoNotOptimize(tq::xml::ParseXmlStream(device, handler, nullptr));
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * svg.size()));
+}
+
+std::size_t countCommands(const tq::svg::ItemInterface& item) {
+    std::size_t count = 0;
+    if (item.getType() == tq::svg::ItemType::Path) {
+        return static_cast<const tq::svg::Path&>(item).commands.size();
+    }
+    if (const auto* node = dynamic_cast<const tq::svg::Node*>(&item)) {
+        for (const auto& child : node->getChildren()) {
+            count += child ? countCommands(*child) : 0;
+        }
+    }
+    return count;
+}
+
+void Load(benchmark::State& state) {
+    const std::string& svg = document();
+    std::size_t numbers = 0;
+    tq::bench::ExtractPathData(svg, &numbers);
+    std::size_t commands = 0;
+    std::size_t allocations = 0;
+    for (auto _ : state) {
+        tqIoDeviceMemory device(svg);
+        tq::svg::ItemInterfacePointer<tq::svg::ItemInterface> root;
+        const std::size_t before = tq::bench::AllocationCount();
+        tq::svg::Loader loader(root, device, tq::svg::LoadOptions(), nullptr, nullptr);
+        allocations = tq::bench::AllocationCount() - before;
+        if (!loader.getParseResult() || !root) {
+            state.SkipWithError("the document did not load");
+            return;
+        }
+        state.PauseTiming();
+        commands = countCommands(*root);
+        root.reset();
+        state.ResumeTiming();
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * svg.size()));
+    state.counters["numbers/s"] = benchmark::Counter(double(numbers) * double(state.iterations()),
+                                                     benchmark::Counter::kIsRate);
+    state.counters["allocs/command"] = double(allocations) / double(commands);
+}
+
+void Tokenizer(benchmark::State& state) {
+    std::size_t numbers = 0;
+    const std::string data = tq::bench::ExtractPathData(document(), &numbers);
+    std::size_t commands = 0;
+    for (auto _ : state) {
+        commands = 0;
+        tq::svg::PathVisitorStrToTokens tokens(data, [&](char, std::vector<float>&& values) {
+            commands += 1;
+            benchmark::DoNotOptimize(values.data());
+        });
+        if (!tokens.visit()) {
+            state.SkipWithError(tokens.getErrorString().c_str());
+            return;
+        }
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * data.size()));
+    state.counters["numbers/s"] = benchmark::Counter(double(numbers) * double(state.iterations()),
+                                                     benchmark::Counter::kIsRate);
+}
+
+}  // namespace
+
+BENCHMARK(BareSax)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BareSaxNumbers)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(ParseXmlStream)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(Load)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(Tokenizer)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+BENCHMARK_MAIN();

@@ -33,4 +33,6 @@ function(tqsvg_add_library target)
         # Installed libraries find their siblings wherever the prefix is moved to.
         INSTALL_RPATH "$ORIGIN")
     tqsvg_set_warnings(${target})
+    # Calls between the library's own exported functions need not go through the PLT.
+    target_compile_options(${target} PRIVATE -fno-semantic-interposition)
 endfunction()

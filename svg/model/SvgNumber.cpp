@@ -1,12 +1,96 @@
 #include "svg/model/SvgNumber.h"
 
 #include <charconv>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
 #include <tqSystem/tqStringUtils.h>
 
 namespace tq::svg {
+
+namespace {
+
+// Powers of ten that a double holds exactly.
+constexpr double kExactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// The common short decimals ("-12.375", "1e-3") in one pass: with at most 15 significant digits
+// and a power of ten that a double holds exactly, one multiplication or division gives the
+// correctly rounded double that strtod would return. Anything else is left to the general
+// conversion (false).
+bool parseShortDecimal(const char* p, const char* end, double& value) {
+    bool negative = false;
+    if (p != end && (*p == '-' || *p == '+')) {
+        negative = *p == '-';
+        ++p;
+    }
+    std::uint64_t mantissa = 0;
+    int digits = 0;
+    int exponent = 0;
+    bool any = false;
+    for (; p != end && *p >= '0' && *p <= '9'; ++p) {
+        any = true;
+        if (mantissa == 0 && *p == '0') {
+            continue;  // leading zeros carry nothing
+        }
+        if (++digits > 15) {
+            return false;
+        }
+        mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+    }
+    if (p != end && *p == '.') {
+        for (++p; p != end && *p >= '0' && *p <= '9'; ++p) {
+            any = true;
+            if (mantissa == 0 && *p == '0') {
+                --exponent;
+                continue;
+            }
+            if (++digits > 15) {
+                return false;
+            }
+            mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+            --exponent;
+        }
+    }
+    if (!any) {
+        return false;
+    }
+    if (p != end && (*p == 'e' || *p == 'E')) {
+        ++p;
+        bool negativeExponent = false;
+        if (p != end && (*p == '-' || *p == '+')) {
+            negativeExponent = *p == '-';
+            ++p;
+        }
+        if (p == end || *p < '0' || *p > '9') {
+            return false;
+        }
+        int e = 0;
+        for (; p != end && *p >= '0' && *p <= '9'; ++p) {
+            if (e > 1000) {
+                return false;
+            }
+            e = e * 10 + (*p - '0');
+        }
+        exponent += negativeExponent ? -e : e;
+    }
+    if (p != end) {
+        return false;
+    }
+    double result = static_cast<double>(mantissa);
+    if (mantissa != 0) {
+        if (exponent < -22 || exponent > 22) {
+            return false;
+        }
+        result = exponent < 0 ? result / kExactPowers[-exponent] : result * kExactPowers[exponent];
+    }
+    value = negative ? -result : result;
+    return true;
+}
+
+}  // namespace
 
 bool ParseSvgNumber(std::string_view text, float& out) {
     // std::from_chars reads the decimal forms exactly as strtod does (to double, then narrowed
@@ -15,6 +99,10 @@ bool ParseSvgNumber(std::string_view text, float& out) {
     double value = 0.0;
     const char* first = text.data();
     const char* last = first + text.size();
+    if (parseShortDecimal(first, last, value)) {
+        out = static_cast<float>(value);
+        return true;
+    }
     const auto result = std::from_chars(first, last, value);
     if (result.ec == std::errc() && result.ptr == last) {
         out = static_cast<float>(value);

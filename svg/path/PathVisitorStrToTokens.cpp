@@ -2,7 +2,7 @@
 
 #include <utf8.h>
 
-#include <cstring>
+#include <cstdint>
 
 #include <tqSystem/tqStringUtils.h>
 
@@ -25,7 +25,9 @@ PathVisitorStrToTokens::PathVisitorStrToTokens(const std::string& text, Callback
       mCallback(std::move(callback)),
       mPos(mBegin) {}
 
-char32_t PathVisitorStrToTokens::peek(const char* pos) const {
+// Every rule tests characters through here: ASCII is the byte itself, anything else is decoded
+// (raising the utf8 exceptions when malformed) and never matches a rule.
+inline char32_t PathVisitorStrToTokens::peek(const char* pos) const {
     const auto byte = static_cast<unsigned char>(*pos);
     if (byte < 0x80) {
         return byte;
@@ -33,7 +35,7 @@ char32_t PathVisitorStrToTokens::peek(const char* pos) const {
     return utf8::next(pos, mEnd);
 }
 
-bool PathVisitorStrToTokens::isWhiteSpace(const char* pos) const {
+inline bool PathVisitorStrToTokens::isWhiteSpace(const char* pos) const {
     const char32_t c = peek(pos);
     return c == U' ' || c == U'\n';
 }
@@ -94,28 +96,90 @@ PathVisitorStrToTokens::Match PathVisitorStrToTokens::consumeSeparator(const cha
     return Matched;
 }
 
+// Whether `c` may extend a number run that began at `runStart` and reached `at`.
+inline bool extendsRun(char32_t c, const char* runStart, const char* at, bool point) {
+    return (c >= U'0' && c <= U'9') || c == U'e' || c == U'E' ||
+           ((c == U'+' || c == U'-') && (at == runStart || at[-1] == 'e' || at[-1] == 'E')) ||
+           (c == U'.' && !point);
+}
+
+// The longest run of number characters, converted as a whole. The usual shape
+// [sign]digits[.digits][e[sign]digits] is read and converted in the same pass; anything else
+// (a run that goes on past that shape, long mantissas, large exponents) takes the general way.
 PathVisitorStrToTokens::Match PathVisitorStrToTokens::consumeCoordinate(const char*& pos,
                                                                         float& out) {
-    const char* run = pos;
-    bool point = false;
-    while (run != mEnd) {
-        const char32_t c = peek(run);
-        const bool passes =
-            (c >= U'0' && c <= U'9') || c == U'e' || c == U'E' ||
-            ((c == U'+' || c == U'-') && (run == pos || run[-1] == 'e' || run[-1] == 'E')) ||
-            (c == U'.' && !point);
-        if (!passes) {
-            break;
-        }
-        point = point || c == U'.';
-        ++run;
+    static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    const auto digit = [](const char* q) { return *q >= '0' && *q <= '9'; };
+    const char* p = pos;
+    bool negative = false;
+    if (p != mEnd && (*p == '-' || *p == '+')) {
+        negative = *p == '-';
+        ++p;
     }
-    if (run == pos) {
+    std::uint64_t mantissa = 0;
+    int significant = 0;
+    int exponent = 0;
+    bool anyDigit = false;
+    bool point = false;
+    for (; p != mEnd && digit(p); ++p) {
+        anyDigit = true;
+        if (mantissa != 0 || *p != '0') {
+            mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+            ++significant;
+        }
+    }
+    if (p != mEnd && *p == '.') {
+        point = true;
+        for (++p; p != mEnd && digit(p); ++p) {
+            anyDigit = true;
+            if (mantissa != 0 || *p != '0') {
+                mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+                ++significant;
+            }
+            --exponent;
+        }
+    }
+    if (anyDigit && p != mEnd && (*p == 'e' || *p == 'E')) {
+        const char* q = p + 1;
+        bool negativeExponent = false;
+        if (q != mEnd && (*q == '-' || *q == '+')) {
+            negativeExponent = *q == '-';
+            ++q;
+        }
+        if (q != mEnd && digit(q)) {
+            int e = 0;
+            for (; q != mEnd && digit(q); ++q) {
+                e = e < 10000 ? e * 10 + (*q - '0') : e;
+            }
+            exponent += negativeExponent ? -e : e;
+            p = q;
+        }
+    }
+    // Past the usual shape the run may still go on ("1e5.5", "2.e", "--"): then scan it whole.
+    bool usual = anyDigit;
+    if (p != mEnd && extendsRun(peek(p), pos, p, point)) {
+        usual = false;
+        for (; p != mEnd && extendsRun(peek(p), pos, p, point); ++p) {
+            point = point || *p == '.';
+        }
+    }
+    if (p == pos) {
         return NoMatch;
     }
-    const std::string_view text(pos, static_cast<std::size_t>(run - pos));
-    pos = run;
-    return ParseSvgNumber(text, out) ? Matched : Invalid;
+    const char* run = pos;
+    pos = p;
+    if (usual && significant <= 15 && (mantissa == 0 || (exponent >= -22 && exponent <= 22))) {
+        double value = static_cast<double>(mantissa);
+        if (mantissa != 0) {
+            value = exponent < 0 ? value / kPowers[-exponent] : value * kPowers[exponent];
+        }
+        out = static_cast<float>(negative ? -value : value);
+        return Matched;
+    }
+    return ParseSvgNumber(std::string_view(run, static_cast<std::size_t>(p - run)), out) ? Matched
+                                                                                         : Invalid;
 }
 
 PathVisitorStrToTokens::Match PathVisitorStrToTokens::consumeCoordinateSequence(
@@ -144,7 +208,11 @@ PathVisitorStrToTokens::Match PathVisitorStrToTokens::consumeCommandWithFloatSeq
         return NoMatch;
     }
     const char32_t c = peek(pos);
-    if (c >= 0x80 || c == 0 || std::strchr(letters, static_cast<int>(c)) == nullptr) {
+    bool listed = false;
+    for (const char* letter = letters; *letter != '\0' && !listed; ++letter) {
+        listed = c == static_cast<unsigned char>(*letter);
+    }
+    if (!listed) {
         return NoMatch;
     }
     const char letter = *pos++;

@@ -1,0 +1,53 @@
+// Peak memory of loading a file, or of building and saving a tree of N items:
+//   measure_memory load FILE     load FILE from disk
+//   measure_memory save N FILE   build a tree of N items and save it to FILE
+// Prints the peak resident size before and after the operation, in MiB.
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "svg/tqSvg.h"
+
+namespace {
+
+double peakMiB() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_maxrss) / 1024.0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: measure_memory load FILE | save N FILE\n");
+        return 2;
+    }
+    tq::svg::initializeTqSvg();
+    const std::string mode = argv[1];
+    bool ok = false;
+    if (mode == "load") {
+        const double before = peakMiB();
+        tq::svg::ItemInterfacePointer<tq::svg::ItemInterface> root;
+        ok = tq::svg::tqSvgIOManager::get().loadSvg(root, argv[2], nullptr, nullptr, nullptr);
+        std::printf("load %s: peak %.1f MiB before, %.1f MiB after\n", argv[2], before, peakMiB());
+    } else if (mode == "save" && argc >= 4) {
+        const long count = std::atol(argv[2]);
+        tq::svg::Document document;
+        for (long i = 0; i < count; ++i) {
+            auto rect = std::make_shared<tq::svg::Rect>(
+                Wm4::Vector2f(float(i % 1000), float(i / 1000)), Wm4::Vector2f(0.5f, 0.25f));
+            document.editChildren().push_back(std::move(rect));
+        }
+        const double before = peakMiB();
+        tq::svg::SaveOptions options;
+        options.writeHeader = false;
+        ok = tq::svg::tqSvgIOManager::get().saveSvg(document, argv[3], nullptr, &options, nullptr);
+        std::printf("save %ld items: peak %.1f MiB with the tree, %.1f MiB after saving\n", count,
+                    before, peakMiB());
+    }
+    tq::svg::terminateTqSvg();
+    return ok ? 0 : 1;
+}

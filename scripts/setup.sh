@@ -7,7 +7,7 @@ packages=(
     cmake ninja-build g++ pkg-config
     libxml2-dev libutfcpp-dev libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    clang-format
+    clang-format locales
 )
 
 missing=()
@@ -17,18 +17,27 @@ for p in "${packages[@]}"; do
     fi
 done
 
-if [ ${#missing[@]} -eq 0 ]; then
-    echo "setup: all ${#packages[@]} packages present"
-    exit 0
-fi
-
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null || { echo "setup: need root to install: ${missing[*]}" >&2; exit 1; }
     as_root=(sudo)
 fi
-echo "setup: installing ${missing[*]}"
-export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get update -qq
-"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+
+if [ ${#missing[@]} -eq 0 ]; then
+    echo "setup: all ${#packages[@]} packages present"
+else
+    if [ ${#as_root[@]} -gt 0 ] && ! command -v sudo >/dev/null; then
+        echo "setup: need root to install: ${missing[*]}" >&2
+        exit 1
+    fi
+    echo "setup: installing ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+
+# A locale that writes a decimal comma, for the test that loading ignores the process locale.
+if ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then
+    echo "setup: generating the de_DE.UTF-8 locale"
+    "${as_root[@]}" localedef -i de_DE -f UTF-8 de_DE.UTF-8 || echo "setup: could not generate de_DE.UTF-8"
+fi
 echo "setup: done"

@@ -1,5 +1,7 @@
 #include "svg/model/SvgNumber.h"
 
+#include "svg/model/detail/ExactDecimal.h"
+
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
@@ -10,11 +12,6 @@
 namespace tq::svg {
 
 namespace {
-
-// Powers of ten that a double holds exactly.
-constexpr double kExactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 // The common short decimals ("-12.375", "1e-3") in one pass: with at most 15 significant digits
 // and a power of ten that a double holds exactly, one multiplication or division gives the
@@ -79,12 +76,9 @@ bool parseShortDecimal(const char* p, const char* end, double& value) {
     if (p != end) {
         return false;
     }
-    double result = static_cast<double>(mantissa);
-    if (mantissa != 0) {
-        if (exponent < -22 || exponent > 22) {
-            return false;
-        }
-        result = exponent < 0 ? result / kExactPowers[-exponent] : result * kExactPowers[exponent];
+    double result = 0.0;
+    if (!detail::ExactDecimalToDouble(mantissa, digits, exponent, result)) {
+        return false;
     }
     value = negative ? -result : result;
     return true;

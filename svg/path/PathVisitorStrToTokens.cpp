@@ -7,6 +7,7 @@
 #include <tqSystem/tqStringUtils.h>
 
 #include "svg/model/SvgNumber.h"
+#include "svg/model/detail/ExactDecimal.h"
 
 namespace tq::svg {
 
@@ -108,9 +109,6 @@ inline bool extendsRun(char32_t c, const char* runStart, const char* at, bool po
 // (a run that goes on past that shape, long mantissas, large exponents) takes the general way.
 PathVisitorStrToTokens::Match PathVisitorStrToTokens::consumeCoordinate(const char*& pos,
                                                                         float& out) {
-    static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
     const auto digit = [](const char* q) { return *q >= '0' && *q <= '9'; };
     const char* p = pos;
     bool negative = false;
@@ -170,11 +168,8 @@ PathVisitorStrToTokens::Match PathVisitorStrToTokens::consumeCoordinate(const ch
     }
     const char* run = pos;
     pos = p;
-    if (usual && significant <= 15 && (mantissa == 0 || (exponent >= -22 && exponent <= 22))) {
-        double value = static_cast<double>(mantissa);
-        if (mantissa != 0) {
-            value = exponent < 0 ? value / kPowers[-exponent] : value * kPowers[exponent];
-        }
+    double value = 0.0;
+    if (usual && detail::ExactDecimalToDouble(mantissa, significant, exponent, value)) {
         out = static_cast<float>(negative ? -value : value);
         return Matched;
     }

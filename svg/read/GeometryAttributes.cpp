@@ -15,6 +15,7 @@
 #include "svg/model/Text.h"
 #include "svg/path/PathVisitorStrToCommands.h"
 #include "svg/read/AttributeParsers.h"
+#include "svg/read/detail/ParserMessages.h"
 
 namespace tq::svg {
 
@@ -22,25 +23,11 @@ namespace {
 
 using R = AttributeParseResult;
 
-std::string quoted(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
-}
-
-R specifiedTwice(Loader& loader, std::string_view name) {
-    loader.reportError("Attribute " + quoted(name) + " specified twice");
-    return R::Invalid;
-}
-
-R failedToParse(Loader& loader, std::string_view name, std::string_view value) {
-    loader.reportError("Failed to parse value " + quoted(value) + " in attribute " + quoted(name));
-    return R::Invalid;
-}
-
 // Claims the element's slot for this attribute: false, after the message, when it was taken.
 bool claimSlot(Loader& loader, std::size_t slot, std::string_view name) {
     bool& seen = loader.stack().attributeSeen[slot];
     if (seen) {
-        specifiedTwice(loader, name);
+        ReportSpecifiedTwice(loader, name);
         return false;
     }
     seen = true;
@@ -55,7 +42,7 @@ R parseNumberInto(Loader& loader, std::size_t slot, std::string_view name, std::
     }
     float number = 0.0f;
     if (!ParseSvgNumber(value, number)) {
-        return failedToParse(loader, name, value);
+        return ReportFailedToParse(loader, name, value);
     }
     target = number;
     return R::Handled;
@@ -106,7 +93,7 @@ bool ParseNumberList(std::string_view name, std::string_view value, std::size_t 
     const std::vector<std::string> parts = tqStringUtils::Split(copy, ' ', true);
     if (parts.size() < minCount || parts.size() > maxCount) {
         if (error) {
-            error("Wrong number of values for " + quoted(name));
+            error("Wrong number of values for " + Quoted(name));
         }
         return false;
     }
@@ -115,7 +102,7 @@ bool ParseNumberList(std::string_view name, std::string_view value, std::size_t 
         float number = 0.0f;
         if (!ParseSvgNumber(part, number)) {
             if (error) {
-                error("Failed to parse value " + quoted(part) + " in attribute " + quoted(name));
+                error("Failed to parse value " + Quoted(part) + " in attribute " + Quoted(name));
             }
             return false;
         }
@@ -136,14 +123,14 @@ AttributeParseResult ParseSvgAttribute(Loader& loader, ItemInterface& item, std:
     if (name == "xmlns") {
         // Once per document: a nested svg element repeating it is reported.
         if (loader.stack().xmlnsSeen) {
-            return specifiedTwice(loader, name);
+            return ReportSpecifiedTwice(loader, name);
         }
         loader.stack().xmlnsSeen = true;
         return R::Handled;
     }
     if (name == "viewBox") {
         if (document.getViewbox()) {
-            return specifiedTwice(loader, name);
+            return ReportSpecifiedTwice(loader, name);
         }
         document.editViewbox() = BoundingBox();
         std::vector<float> numbers;
@@ -252,14 +239,14 @@ AttributeParseResult ParseImageAttribute(Loader& loader, ItemInterface& item, st
     if (name == "href") {
         // An empty href does not count as given: a second one is then accepted.
         if (!image.href.empty()) {
-            return specifiedTwice(loader, name);
+            return ReportSpecifiedTwice(loader, name);
         }
         image.href = std::string(value);
         return R::Handled;
     }
     if (name == "preserveAspectRatio") {
         if (image.preserveAspectRatio) {
-            return specifiedTwice(loader, name);
+            return ReportSpecifiedTwice(loader, name);
         }
         image.preserveAspectRatio = AspectRatioAlign::None;
         for (std::size_t i = 0; i < std::size(kAlignments); ++i) {
@@ -268,7 +255,7 @@ AttributeParseResult ParseImageAttribute(Loader& loader, ItemInterface& item, st
                 return R::Handled;
             }
         }
-        return failedToParse(loader, name, value);
+        return ReportFailedToParse(loader, name, value);
     }
     return R::NotRecognised;
 }
@@ -298,19 +285,19 @@ AttributeParseResult ParseTextAttribute(Loader& loader, ItemInterface& item, std
         text.fontSize = text.fontSize.value_or(0.0f);  // set before the value is parsed
         float number = 0.0f;
         if (!ParseSvgNumber(value, number)) {
-            return failedToParse(loader, name, value);
+            return ReportFailedToParse(loader, name, value);
         }
         *text.fontSize += number;
         return R::Handled;
     }
     if (name == "textLength") {
         if (text.textLength) {
-            return specifiedTwice(loader, name);
+            return ReportSpecifiedTwice(loader, name);
         }
         text.textLength = UnitValue(0.0f, Unit::None);
         float number = 0.0f;
         if (!ParseSvgNumber(value, number)) {
-            return failedToParse(loader, name, value);
+            return ReportFailedToParse(loader, name, value);
         }
         text.textLength->value = number;
         return R::Handled;
@@ -340,7 +327,7 @@ AttributeParseResult ParseTextAttribute(Loader& loader, ItemInterface& item, std
     }
     // A text reports its unknown attributes itself.
     const std::string message =
-        "Ignore unsupported attribute " + quoted(name) + " with value " + quoted(value);
+        "Ignore unsupported attribute " + Quoted(name) + " with value " + Quoted(value);
     if (loader.ignoresUnsupported()) {
         loader.reportWarning(message);
         return R::Handled;

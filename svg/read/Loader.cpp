@@ -11,6 +11,7 @@
 #include "svg/model/Rect.h"
 #include "svg/model/Text.h"
 #include "svg/read/AttributeParsers.h"
+#include "svg/read/detail/ParserMessages.h"
 
 namespace tq::svg {
 
@@ -57,10 +58,6 @@ bool isGroup(const std::shared_ptr<ItemInterface>& item) {
     return item && (item->getType() == ItemType::Node || item->getType() == ItemType::Document);
 }
 
-std::string quoted(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
-}
-
 }  // namespace
 
 Loader::Loader(ItemInterfacePointer<ItemInterface>& out, tqIoDevice& device,
@@ -101,10 +98,10 @@ StartElementResult Loader::startElement(const char* name,
     const TagRow* row = findTag(name);
     if (row == nullptr) {
         if (mIgnoreUnsupported) {
-            reportWarning("Ignore unsupported tag in svg : " + quoted(name));
+            reportWarning("Ignore unsupported tag in svg : " + Quoted(name));
             return StartElementResult::SkipElement;
         }
-        reportError("Found unsupported tag in svg : " + quoted(name));
+        reportError("Found unsupported tag in svg : " + Quoted(name));
         return StartElementResult::Abort;
     }
 
@@ -116,7 +113,7 @@ StartElementResult Loader::startElement(const char* name,
     }
     std::vector<StackEntry>& path = stack.trees.back();
     if (!path.empty() && !isGroup(path.back().item)) {
-        reportError("Object of type " + quoted(path.back().tag) +
+        reportError("Object of type " + Quoted(path.back().tag) +
                     " may not contain any child element.");
         return StartElementResult::Abort;
     }
@@ -146,7 +143,7 @@ bool Loader::parseAttributes(ItemInterface& item, AttributeParser parser,
             qname = std::string(attribute.prefix) + ":" + qname;
         }
         const std::string tail =
-            " attribute " + quoted(qname) + " with value " + quoted(attribute.value);
+            " attribute " + Quoted(qname) + " with value " + Quoted(attribute.value);
         if (result == AttributeParseResult::Invalid) {
             if (!mIgnoreUnsupported) {
                 reportError("Invalid" + tail);
@@ -166,14 +163,14 @@ bool Loader::parseAttributes(ItemInterface& item, AttributeParser parser,
 
 bool Loader::endElement(const char* name) {
     if (!mStack || mStack->trees.empty() || mStack->trees.back().empty()) {
-        reportError("End of element " + quoted(name) + " unexpected");
+        reportError("End of element " + Quoted(name) + " unexpected");
         return false;
     }
     LoaderStack& stack = *mStack;
     std::vector<StackEntry>& path = stack.trees.back();
     if (path.back().tag != name) {
-        reportError("End of element " + quoted(name) + ", expected closing of " +
-                    quoted(path.back().tag));
+        reportError("End of element " + Quoted(name) + ", expected closing of " +
+                    Quoted(path.back().tag));
         return false;
     }
     if (path.size() == 1) {
@@ -182,7 +179,7 @@ bool Loader::endElement(const char* name) {
     }
     const StackEntry& parent = path[path.size() - 2];
     if (!isGroup(parent.item)) {
-        reportError("Internal svg error, object of type " + quoted(parent.tag) +
+        reportError("Internal svg error, object of type " + Quoted(parent.tag) +
                     " may not contain any child element.");
         return false;
     }

@@ -8,6 +8,7 @@
 #include "svg/model/SvgColor.h"
 #include "svg/model/SvgNumber.h"
 #include "svg/read/AttributeParsers.h"
+#include "svg/read/detail/ParserMessages.h"
 
 namespace tq::svg {
 
@@ -17,25 +18,16 @@ using R = AttributeParseResult;
 
 constexpr double kDegreesToRadians = 0.017453292519943295;
 
-std::string quoted(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
-}
-
 // The duplicate rule of every row: the first occurrence sets the property (to the type's zero
 // value until the text is read) and later ones are refused.
 template <class T>
 bool claim(Loader& loader, std::optional<T>& target, std::string_view name) {
     if (target) {
-        loader.reportError("Attribute " + quoted(name) + " specified twice");
+        ReportSpecifiedTwice(loader, name);
         return false;
     }
     target = T{};
     return true;
-}
-
-R failedToParse(Loader& loader, std::string_view name, std::string_view value) {
-    loader.reportError("Failed to parse value " + quoted(value) + " in attribute " + quoted(name));
-    return R::Invalid;
 }
 
 R parseNumber(Loader& loader, std::optional<float>& target, std::string_view name,
@@ -45,7 +37,7 @@ R parseNumber(Loader& loader, std::optional<float>& target, std::string_view nam
     }
     float number = 0.0f;
     if (!ParseSvgNumber(value, number)) {
-        return failedToParse(loader, name, value);
+        return ReportFailedToParse(loader, name, value);
     }
     target = number;
     return R::Handled;
@@ -60,8 +52,8 @@ R parseColour(Loader& loader, std::optional<std::string>& target, std::string_vi
     target = std::string(value);
     Wm4::Vector4<unsigned char> colour;
     if (value != "none" && !ParseSvgColor(*target, colour)) {
-        loader.reportError("Failed to parse color " + quoted(value) + " in attribute " +
-                           quoted(name));
+        loader.reportError("Failed to parse color " + Quoted(value) + " in attribute " +
+                           Quoted(name));
         return R::Invalid;
     }
     return R::Handled;
@@ -89,7 +81,7 @@ R parseKeyword(Loader& loader, std::optional<T>& target, std::string_view name,
             return R::Handled;
         }
     }
-    return failedToParse(loader, name, value);
+    return ReportFailedToParse(loader, name, value);
 }
 
 R parseVectorEffect(Loader& loader, std::optional<VectorEffect>& target, std::string_view name,
@@ -108,7 +100,7 @@ R parseVectorEffect(Loader& loader, std::optional<VectorEffect>& target, std::st
             return R::Handled;
         }
     }
-    return failedToParse(loader, name, value);
+    return ReportFailedToParse(loader, name, value);
 }
 
 // "none" and an empty value both stand for no dashing: an empty list, which cancels an
@@ -154,7 +146,7 @@ bool buildCommandMatrix(std::string_view value, std::string_view command,
     }
     if (arity == nullptr) {
         if (error) {
-            error("Failed to parse transform attribute " + quoted(value) +
+            error("Failed to parse transform attribute " + Quoted(value) +
                   ", unsupported command '" + std::string(command) + "'");
         }
         return false;
@@ -162,7 +154,7 @@ bool buildCommandMatrix(std::string_view value, std::string_view command,
     std::vector<float> n;
     if (!ParseNumberList("transform", arguments, arity->min, arity->max, n, error)) {
         if (error) {
-            error("Failed to parse transform attribute " + quoted(value) + ", fail to parse '" +
+            error("Failed to parse transform attribute " + Quoted(value) + ", fail to parse '" +
                   std::string(command) + "' content");
         }
         return false;
@@ -221,7 +213,7 @@ bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
         const std::size_t close = value.find(')', pos);
         if (open == std::string_view::npos || close == std::string_view::npos || close < open) {
             if (error) {
-                error("Failed to parse transform attribute " + quoted(value) +
+                error("Failed to parse transform attribute " + Quoted(value) +
                       ", fail to locate '(' / ')'");
             }
             return false;
@@ -275,8 +267,7 @@ AttributeParseResult ParsePresentationAttribute(Loader& loader, ItemInterface& i
         return parseText(loader, item.editId(), name, value);
     if (name == "transform") {
         if (item.getTransform()) {
-            loader.reportError("Attribute \"transform\" specified twice");
-            return R::Invalid;
+            return ReportSpecifiedTwice(loader, name);
         }
         Wm4::Matrix3f matrix;
         if (!ParseTransformList(value, matrix, loader.errorCallback())) {

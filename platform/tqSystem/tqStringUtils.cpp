@@ -125,17 +125,33 @@ std::string fromMagnitude(bool negative, uint64 magnitude, int minDigits) {
 
 std::string tqStringUtils::fromFloat(float value, int precision, FloatFormat format) {
     std::string text;
+    appendFloat(text, value, precision, format);
+    return text;
+}
+
+void tqStringUtils::appendFloat(std::string& out, float value, int precision, FloatFormat format) {
+    std::string text;
     if (formatNonFinite(value, text)) {
-        return text;
+        out += text;
+        return;
+    }
+    if (format == FloatFormat::Compact && (precision < 0 || precision >= 9)) {
+        // The common case, straight into the output.
+        char buffer[64];
+        out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+        return;
     }
     switch (format) {
         case FloatFormat::Fixed:
-            return formatWithPrecision(value, precision, std::chars_format::fixed);
+            out += formatWithPrecision(value, precision, std::chars_format::fixed);
+            break;
         case FloatFormat::Scientific:
-            return formatWithPrecision(value, precision, std::chars_format::scientific);
+            out += formatWithPrecision(value, precision, std::chars_format::scientific);
+            break;
         case FloatFormat::Compact:
         default:
-            return formatCompact(value, precision);
+            out += formatCompact(value, precision);
+            break;
     }
 }
 

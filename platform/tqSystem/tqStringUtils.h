@@ -19,6 +19,8 @@ public:
     // "%.*f" and "%.*e" forms (precision -1 meaning 6). NaN gives "nan", infinities "inf" and
     // "-inf", negative zero "-0".
     static std::string fromFloat(float value, int precision, FloatFormat format);
+    // The same text appended to `out`, without a temporary string.
+    static void appendFloat(std::string& out, float value, int precision, FloatFormat format);
 
     // Decimal with at least `minDigits` digits, zero-padded after any sign.
     static std::string fromInt64(int64 value, int minDigits);

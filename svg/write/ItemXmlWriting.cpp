@@ -52,13 +52,19 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Appends one token of path data with the separator rule: a space between tokens when indenting,
-// otherwise only where a digit would touch a digit.
-void appendToken(std::string& d, const std::string& token, bool indent) {
-    if (!d.empty() && (indent || (isDigit(d.back()) && !token.empty() && isDigit(token.front())))) {
-        d += ' ';
+// Appends one number or flag of path data with the separator rule: a space between tokens when
+// indenting, otherwise only where a digit would touch a digit.
+void appendToken(std::string& d, float value, bool flag, const SaveOptions& options) {
+    const std::size_t start = d.size();
+    const bool afterDigit = start != 0 && isDigit(d.back());
+    if (flag) {
+        d += value == 0.0f ? '0' : '1';
+    } else {
+        Helpers::appendSvgNumber(d, value, options);
     }
-    d += token;
+    if (start != 0 && (options.indent || (afterDigit && isDigit(d[start])))) {
+        d.insert(start, 1, ' ');
+    }
 }
 
 // Number of arguments per command type and which of them are arc flags.
@@ -92,6 +98,7 @@ bool repeatsImplicitly(Path::CommandType type, int previous) {
 
 std::string buildPathData(const std::list<Path::Command>& commands, const SaveOptions& options) {
     std::string d;
+    d.reserve(commands.size() * 24);
     int previous = -1;
     for (const Path::Command& command : commands) {
         const auto index = static_cast<std::size_t>(command.type);
@@ -110,9 +117,7 @@ std::string buildPathData(const std::list<Path::Command>& commands, const SaveOp
             const float value = command.values[static_cast<std::size_t>(i)];
             const bool flag =
                 pattern.firstFlag >= 0 && (i == pattern.firstFlag || i == pattern.firstFlag + 1);
-            appendToken(
-                d, flag ? (value == 0.0f ? "0" : "1") : Helpers::floatToSvgNumber(value, options),
-                options.indent);
+            appendToken(d, value, flag, options);
         }
         previous = static_cast<int>(index);
     }

@@ -14,19 +14,25 @@ namespace tq::svg::Helpers {
 namespace {
 
 void appendUnitValue(std::string& text, const UnitValue& value, const SaveOptions& options) {
-    text += floatToSvgNumber(value.value, options);
+    appendSvgNumber(text, value.value, options);
     UnitToString(value.unit, text, true);
 }
 
 }  // namespace
 
 std::string floatToSvgNumber(float value, const SaveOptions& options) {
-    std::string text = tqStringUtils::fromFloat(value, options.floatPrecision,
-                                                tqStringUtils::FloatFormat::Compact);
-    if (text == "-0") {
-        text = "0";
-    }
+    std::string text;
+    appendSvgNumber(text, value, options);
     return text;
+}
+
+void appendSvgNumber(std::string& out, float value, const SaveOptions& options) {
+    const std::size_t start = out.size();
+    tqStringUtils::appendFloat(out, value, options.floatPrecision,
+                               tqStringUtils::FloatFormat::Compact);
+    if (out.compare(start, std::string::npos, "-0") == 0) {
+        out.replace(start, 2, "0");
+    }
 }
 
 bool writeAttributeString(tq::xml::XmlSaveContext& context, const SaveOptions&, const char* name,
@@ -93,7 +99,7 @@ bool writeAttributeTransform(tq::xml::XmlSaveContext& context, const SaveOptions
         if (i > 0) {
             text += ' ';
         }
-        text += floatToSvgNumber(values[i], options);
+        appendSvgNumber(text, values[i], options);
     }
     text += ')';
     return writeAttributeString(context, options, name, text);

@@ -18,6 +18,8 @@ namespace tq::svg::Helpers {
 // The shortest text that reads back as the same float (or `options.floatPrecision` significant
 // digits), in the C locale; "-0" is written "0".
 TQSVG_EXPORT std::string floatToSvgNumber(float value, const SaveOptions& options);
+// The same text appended to `out`.
+TQSVG_EXPORT void appendSvgNumber(std::string& out, float value, const SaveOptions& options);
 
 // Each writes the attribute `name` through the context's writer and returns true; on a writer
 // failure it sets the context's error code to 6, logs "Failed to write attribute" and returns

@@ -7,7 +7,6 @@
 //   Tokenizer      the path-data grammar alone over all the path data
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
-#include <malloc.h>
 
 #include <charconv>
 #include <cstring>
@@ -169,7 +168,6 @@ void Load(benchmark::State& state) {
         state.PauseTiming();
         commands = countCommands(*root);
         root.reset();
-        malloc_trim(0);  // the allocator tidies up after the tree here, not inside the next load
         state.ResumeTiming();
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * svg.size()));

@@ -50,3 +50,4 @@
 // Geometry.
 #include "svg/geometry/ComputeEstimatedBoundingBox.h"
 #include "svg/geometry/TransformPoint.h"
+#include "svg/geometry/TriangulatePoly.h"

@@ -1,0 +1,47 @@
+// Filling outlines with triangles under a fill rule.
+//
+// Input: points and segments (pairs of point indices), straight from flattened paths: several
+// contours, holes wound either way, self-intersections, T-junctions, duplicate and coincident
+// vertices, collinear overlapping segments, zero-length segments. Output: triangles that cover
+// exactly the area whose winding number the rule keeps, two triangles and four fresh points per
+// trapezoid of the decomposition, with no overlaps.
+//
+// Robustness: every predicate is decided exactly. The referenced points are snapped to an
+// integer grid of 2^26 steps across the larger side of their bounding box (finer than a float's
+// 24-bit mantissa at that scale, so distinct input points only merge when a float could barely
+// tell them apart). On the grid, orientation tests are exact in 64-bit integers and crossing
+// points exact in 128-bit before they are rounded to the nearest grid point. Segments are split
+// at every crossing, T-junction and overlap until only segments that meet at end points remain
+// (rounding can create new crossings, so this repeats, a bounded number of times), duplicates
+// are merged into one segment with a summed winding weight, and a plane sweep over the grid
+// points builds the trapezoids. Output coordinates come from the original floats (or, for
+// crossing points, from the grid mapped back), so triangles meet the input exactly.
+#pragma once
+
+#include <vector>
+
+#include <Wm4Foundation/Wm4Vector2.h>
+
+#include "svg/tqSvgExport.h"
+
+namespace tq {
+
+// Which winding numbers are inside. Any other value keeps every trapezoid inside a frame just
+// around the outline's bounding box, inside the outline or not.
+enum class TriangulationFillRule : int {
+    NonZero = 0,  // winding number not 0
+    EvenOdd = 1,  // winding number odd
+};
+
+// Appends the triangles of the filled outline to `outPoints` and `outIndices` (triples). False
+// for an odd number of indices, an index out of range, a NaN or infinite coordinate, or an
+// inconsistency found while building ("Shape triangulation failed", caught here); what was
+// appended before a failure stays. With `skipDegenerate`, segments whose ends fall on the same
+// vertex are left out; they enclose no area, so without it they are inserted to no effect.
+TQSVG_EXPORT bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
+                                  const std::vector<unsigned int>& indices,
+                                  std::vector<Wm4::Vector2f>& outPoints,
+                                  std::vector<unsigned int>& outIndices, TriangulationFillRule rule,
+                                  bool skipDegenerate);
+
+}  // namespace tq

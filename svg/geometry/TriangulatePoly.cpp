@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
+#include <memory_resource>
 #include <numeric>
 #include <set>
 #include <stdexcept>
@@ -26,7 +27,7 @@ constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
 __extension__ typedef __int128 Int128;
 
 constexpr std::int64_t kGridSteps = std::int64_t(1) << 26;
-constexpr int kMaxSplitPasses = 16;
+constexpr int kMaxSplitPasses = 64;
 
 // A point of the integer grid. Sweep order: by y, then by x.
 struct GridPoint {
@@ -49,6 +50,12 @@ bool strictlyInside(const GridPoint& a, const GridPoint& b, const GridPoint& p) 
     return along > 0 && along < length;
 }
 
+// Whether a point whose orientation against a-b is `side` lies within one grid step of the line.
+bool nearLine(const GridPoint& a, const GridPoint& b, std::int64_t side) {
+    const Int128 length2 = Int128(b.x - a.x) * (b.x - a.x) + Int128(b.y - a.y) * (b.y - a.y);
+    return Int128(side) * side <= length2;
+}
+
 // Rounds num / den to the nearest integer (halves away from zero); den != 0.
 std::int64_t roundedQuotient(Int128 num, Int128 den) {
     if (den < 0) {
@@ -59,6 +66,24 @@ std::int64_t roundedQuotient(Int128 num, Int128 den) {
     return static_cast<std::int64_t>(num >= 0 ? (num + half) / den : -((-num + half) / den));
 }
 
+// Where the lines through a-b and c-d cross, from the float coordinates (so that a crossing on a
+// vertical or horizontal segment keeps that segment's x or y exactly); `fallback` when the
+// lines are too close to parallel for a finite answer.
+Wm4::Vector2f crossingPosition(const Wm4::Vector2f& a, const Wm4::Vector2f& b,
+                               const Wm4::Vector2f& c, const Wm4::Vector2f& d,
+                               const Wm4::Vector2f& fallback) {
+    const double rx = double(b.X()) - a.X(), ry = double(b.Y()) - a.Y();
+    const double sx = double(d.X()) - c.X(), sy = double(d.Y()) - c.Y();
+    const double den = rx * sy - ry * sx;
+    const double t = ((double(c.X()) - a.X()) * sy - (double(c.Y()) - a.Y()) * sx) / den;
+    if (!std::isfinite(t)) {
+        return fallback;
+    }
+    const float x = rx == 0 ? a.X() : sx == 0 ? c.X() : static_cast<float>(a.X() + t * rx);
+    const float y = ry == 0 ? a.Y() : sy == 0 ? c.Y() : static_cast<float>(a.Y() + t * ry);
+    return std::isfinite(x) && std::isfinite(y) ? Wm4::Vector2f(x, y) : fallback;
+}
+
 }  // namespace
 
 // The vertices, segments and trapezoids of one decomposition.
@@ -66,9 +91,7 @@ class TrapezoidRepresentation {
 public:
     struct Vertex {
         GridPoint grid;
-        Wm4::Vector2f position;           // output coordinates
-        std::vector<std::uint32_t> up;    // segments whose lower end is here (they end here)
-        std::vector<std::uint32_t> down;  // segments whose upper end is here (they start here)
+        Wm4::Vector2f position;  // output coordinates
     };
 
     struct Segment {
@@ -101,7 +124,13 @@ private:
     std::uint32_t addPoint(const GridPoint& grid, const Wm4::Vector2f& position);
     GridPoint toGrid(const Wm4::Vector2f& p) const;
     Wm4::Vector2f fromGrid(const GridPoint& g) const;
-    bool splitPass(std::vector<Edge>& edges);
+    struct Incidence;
+    Incidence incidence() const;
+    std::vector<std::uint32_t> sweepOrder() const;
+    bool recordIntersection(std::uint32_t s, std::uint32_t t,
+                            std::vector<std::vector<std::uint32_t>>& cuts,
+                            std::vector<std::vector<std::uint32_t>>& crossingCuts);
+    bool splitPass();
     void mergeEdges(const std::vector<Edge>& edges);
     void addFrame();
     void sweep();
@@ -109,7 +138,8 @@ private:
     void joinRegions(std::uint32_t a, std::uint32_t b);
 
     std::vector<Vertex> mVertices;
-    std::unordered_map<std::uint64_t, std::uint32_t> mVertexAt;
+    std::pmr::monotonic_buffer_resource mVertexArena;  // the nodes of mVertexAt
+    std::pmr::unordered_map<std::uint64_t, std::uint32_t> mVertexAt{&mVertexArena};
     std::vector<Segment> mSegments;
     std::vector<Trapezoid> mTrapezoids;
     double mMinX = 0, mMinY = 0, mScale = 1;
@@ -126,7 +156,7 @@ std::uint32_t TrapezoidRepresentation::addPoint(const GridPoint& grid,
         return found->second;
     }
     const auto id = static_cast<std::uint32_t>(mVertices.size());
-    mVertices.push_back({grid, position, {}, {}});
+    mVertices.push_back({grid, position});
     mVertexAt.emplace(key, id);
     return id;
 }
@@ -180,13 +210,13 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
             edges.push_back({a, b, 1});
         }
     }
+    mergeEdges(edges);
     int passes = 0;
-    while (splitPass(edges)) {
+    while (splitPass()) {
         if (++passes > kMaxSplitPasses) {
             fail();  // rounding keeps creating crossings: give up rather than loop
         }
     }
-    mergeEdges(edges);
     if (mSegments.empty()) {
         return;
     }
@@ -194,132 +224,372 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
     sweep();
 }
 
-// One pass over all pairs whose boxes overlap (by a sweep over x): every crossing, T-junction and
-// collinear overlap becomes a split point of the segments involved. True when anything was split.
-bool TrapezoidRepresentation::splitPass(std::vector<Edge>& edges) {
-    const auto minX = [&](const Edge& e) {
-        return std::min(mVertices[e.a].grid.x, mVertices[e.b].grid.x);
-    };
-    const auto maxX = [&](const Edge& e) {
-        return std::max(mVertices[e.a].grid.x, mVertices[e.b].grid.x);
-    };
-    std::vector<std::uint32_t> order(edges.size());
+// Left-to-right order of the segments that cross the sweep position, and where a vertex falls
+// among them. Two segments are compared at the later of their upper ends, where both exist; a
+// vertex against a segment by the side it lies on. A zero answer (a vertex on a segment, or two
+// segments overlapping) cannot happen once everything was split, and is reported as a failure.
+struct TrapezoidRepresentation::SegmentOrder {
+    using is_transparent = void;
+    const TrapezoidRepresentation* self;
+    // While finding cuts, a zero answer is remembered (the segment through the vertex) instead
+    // of failing; the caller then cuts that segment and asks again.
+    bool tolerant = false;
+    mutable std::uint32_t zeroSegment = kNone;
+
+    void zero(std::uint32_t s) const {
+        if (!tolerant) {
+            fail();
+        }
+        zeroSegment = s;
+    }
+
+    const GridPoint& at(std::uint32_t v) const { return self->mVertices[v].grid; }
+
+    // Whether segment s passes left of p.
+    bool leftOf(std::uint32_t s, const GridPoint& p) const {
+        const Segment& seg = self->mSegments[s];
+        const std::int64_t side = orient(at(seg.upper), at(seg.lower), p);
+        if (side == 0) {
+            zero(s);
+        }
+        return side < 0;
+    }
+    bool operator()(std::uint32_t s, const GridPoint& p) const { return leftOf(s, p); }
+    bool operator()(const GridPoint& p, std::uint32_t s) const { return !leftOf(s, p); }
+    bool operator()(std::uint32_t a, std::uint32_t b) const {
+        if (a == b) {
+            return false;
+        }
+        const Segment& sa = self->mSegments[a];
+        const Segment& sb = self->mSegments[b];
+        if (sa.upper == sb.upper) {
+            const std::int64_t side = orient(at(sa.upper), at(sa.lower), at(sb.lower));
+            if (side == 0) {
+                zero(b);
+            }
+            return side < 0;
+        }
+        if (at(sb.upper) < at(sa.upper)) {
+            return !leftOf(b, at(sa.upper));
+        }
+        return leftOf(a, at(sb.upper));
+    }
+};
+
+// Per vertex, the segments ending there (up) and starting there (down), in flat arrays.
+struct TrapezoidRepresentation::Incidence {
+    std::vector<std::uint32_t> upStart, up, downStart, down;
+};
+
+TrapezoidRepresentation::Incidence TrapezoidRepresentation::incidence() const {
+    Incidence in;
+    in.upStart.assign(mVertices.size() + 1, 0);
+    in.downStart.assign(mVertices.size() + 1, 0);
+    for (const Segment& seg : mSegments) {
+        ++in.upStart[seg.lower + 1];
+        ++in.downStart[seg.upper + 1];
+    }
+    std::partial_sum(in.upStart.begin(), in.upStart.end(), in.upStart.begin());
+    std::partial_sum(in.downStart.begin(), in.downStart.end(), in.downStart.begin());
+    in.up.resize(mSegments.size());
+    in.down.resize(mSegments.size());
+    std::vector<std::uint32_t> upFill(in.upStart.begin(), in.upStart.end() - 1);
+    std::vector<std::uint32_t> downFill(in.downStart.begin(), in.downStart.end() - 1);
+    for (std::uint32_t s = 0; s < mSegments.size(); ++s) {
+        in.up[upFill[mSegments[s].lower]++] = s;
+        in.down[downFill[mSegments[s].upper]++] = s;
+    }
+    return in;
+}
+
+std::vector<std::uint32_t> TrapezoidRepresentation::sweepOrder() const {
+    std::vector<std::uint32_t> order(mVertices.size());
     std::iota(order.begin(), order.end(), 0u);
     std::sort(order.begin(), order.end(), [&](std::uint32_t l, std::uint32_t r) {
-        return minX(edges[l]) < minX(edges[r]) || (minX(edges[l]) == minX(edges[r]) && l < r);
+        return mVertices[l].grid < mVertices[r].grid;
     });
-    std::vector<std::vector<std::uint32_t>> splits(edges.size());
-    bool any = false;
-    const auto split = [&](std::uint32_t edge, const GridPoint& at, const Wm4::Vector2f& position) {
-        const Edge& e = edges[edge];
-        if (at == mVertices[e.a].grid || at == mVertices[e.b].grid) {
+    return order;
+}
+
+// Classifies the pair (s, t): every crossing, T-junction and collinear overlap becomes a cut of
+// the segments involved (a crossing point rounded to the nearest grid point). True when the two
+// meet anywhere but at a shared end.
+bool TrapezoidRepresentation::recordIntersection(
+    std::uint32_t s, std::uint32_t t, std::vector<std::vector<std::uint32_t>>& cuts,
+    std::vector<std::vector<std::uint32_t>>& crossingCuts) {
+    const Segment& e = mSegments[s];
+    const Segment& f = mSegments[t];
+    const GridPoint A = mVertices[e.upper].grid, B = mVertices[e.lower].grid;
+    const GridPoint C = mVertices[f.upper].grid, D = mVertices[f.lower].grid;
+    bool found = false;
+    const auto cut = [&](std::vector<std::vector<std::uint32_t>>& into, std::uint32_t segment,
+                         const GridPoint& at, const Wm4::Vector2f& position) {
+        const Segment& seg = mSegments[segment];
+        if (at == mVertices[seg.upper].grid || at == mVertices[seg.lower].grid) {
             return;
         }
-        splits[edge].push_back(addPoint(at, position));
-        any = true;
+        into[segment].push_back(addPoint(at, position));
+        found = true;
     };
-    std::vector<std::uint32_t> active;
-    for (std::uint32_t current : order) {
-        const Edge& e = edges[current];
-        const std::int64_t left = minX(e);
-        active.erase(std::remove_if(active.begin(), active.end(),
-                                    [&](std::uint32_t t) { return maxX(edges[t]) < left; }),
-                     active.end());
-        const GridPoint A = mVertices[e.a].grid, B = mVertices[e.b].grid;
-        for (std::uint32_t other : active) {
-            const Edge& t = edges[other];
-            const GridPoint C = mVertices[t.a].grid, D = mVertices[t.b].grid;
-            if (std::max(A.y, B.y) < std::min(C.y, D.y) ||
-                std::max(C.y, D.y) < std::min(A.y, B.y)) {
-                continue;
+    const std::int64_t d1 = orient(C, D, A), d2 = orient(C, D, B);
+    const std::int64_t d3 = orient(A, B, C), d4 = orient(A, B, D);
+    // A vertex on a segment, or within one grid step of it, is a vertex of that segment: routing
+    // segments through the vertices they pass this close to is what keeps rounded crossing
+    // points from creating new crossings over and over.
+    if (nearLine(C, D, d1) && strictlyInside(C, D, A))
+        cut(cuts, t, A, mVertices[e.upper].position);
+    if (nearLine(C, D, d2) && strictlyInside(C, D, B))
+        cut(cuts, t, B, mVertices[e.lower].position);
+    if (nearLine(A, B, d3) && strictlyInside(A, B, C))
+        cut(cuts, s, C, mVertices[f.upper].position);
+    if (nearLine(A, B, d4) && strictlyInside(A, B, D))
+        cut(cuts, s, D, mVertices[f.lower].position);
+    if (((d1 > 0 && d2 < 0) || (d1 < 0 && d2 > 0)) && ((d3 > 0 && d4 < 0) || (d3 < 0 && d4 > 0))) {
+        const Int128 den = Int128(d1) - d2;
+        const GridPoint P{A.x + roundedQuotient(Int128(B.x - A.x) * d1, den),
+                          A.y + roundedQuotient(Int128(B.y - A.y) * d1, den)};
+        // Output coordinates: the float lines' crossing where it agrees with the grid point, and
+        // the exact x of a vertical side or y of a horizontal side whatever the rounding did.
+        const Wm4::Vector2f& ea = mVertices[e.upper].position;
+        const Wm4::Vector2f& eb = mVertices[e.lower].position;
+        const Wm4::Vector2f& fa = mVertices[f.upper].position;
+        const Wm4::Vector2f& fb = mVertices[f.lower].position;
+        const Wm4::Vector2f onGrid = fromGrid(P);
+        Wm4::Vector2f position = crossingPosition(ea, eb, fa, fb, onGrid);
+        if (std::fabs(double(position.X()) - onGrid.X()) * mScale > 2 ||
+            std::fabs(double(position.Y()) - onGrid.Y()) * mScale > 2) {
+            position = onGrid;
+        }
+        if (ea.X() == eb.X() || fa.X() == fb.X()) {
+            position.X() = ea.X() == eb.X() ? ea.X() : fa.X();
+        }
+        if (ea.Y() == eb.Y() || fa.Y() == fb.Y()) {
+            position.Y() = ea.Y() == eb.Y() ? ea.Y() : fa.Y();
+        }
+        cut(crossingCuts, s, P, position);
+        cut(crossingCuts, t, P, position);
+    }
+    return found;
+}
+
+// One sweep that finds where segments meet other than at shared ends, by testing every pair that
+// becomes adjacent in the left-to-right order (two segments that meet are adjacent just before
+// they do). A pair found meeting leaves the order for the rest of the pass, and its new
+// neighbours are tested in turn, so the order stays consistent. Then every segment is cut at its
+// cut points and equal pieces are merged. True when anything was cut; repeated until nothing is.
+bool TrapezoidRepresentation::splitPass() {
+    const Incidence in = incidence();
+    // Cuts at existing vertices (T-junctions, overlaps) are exact and go first; cuts at rounded
+    // crossing points are applied only in a pass that found no exact cut, so that overlapping
+    // pieces are merged before a crossing is rounded onto each of them.
+    std::vector<std::vector<std::uint32_t>> cuts(mSegments.size());
+    std::vector<std::vector<std::uint32_t>> crossingCuts(mSegments.size());
+    bool any = false;
+
+    std::pmr::unsynchronized_pool_resource pool;
+    SegmentOrder less{this, true};
+    using Status = std::pmr::set<std::uint32_t, SegmentOrder>;
+    Status status(less, &pool);
+    std::vector<Status::iterator> where(mSegments.size());
+    std::vector<char> present(mSegments.size(), 0);
+    std::vector<char> suspect(mSegments.size(), 0);  // left the order early: tested again below
+
+    const auto drop = [&](Status::iterator it) {
+        present[*it] = 0;
+        suspect[*it] = 1;
+        return status.erase(it);
+    };
+    // Tests the pair around `it` (its predecessor and itself), dropping both when they meet and
+    // testing the pair that then comes together.
+    const auto testAround = [&](Status::iterator it) {
+        while (it != status.begin() && it != status.end()) {
+            const auto before = std::prev(it);
+            if (!recordIntersection(*before, *it, cuts, crossingCuts)) {
+                return;
             }
-            const std::int64_t d1 = orient(C, D, A), d2 = orient(C, D, B);
-            const std::int64_t d3 = orient(A, B, C), d4 = orient(A, B, D);
-            // End points lying on the other segment (T-junctions and overlaps).
-            if (d1 == 0 && strictlyInside(C, D, A))
-                split(other, A, mVertices[e.a].position);
-            if (d2 == 0 && strictlyInside(C, D, B))
-                split(other, B, mVertices[e.b].position);
-            if (d3 == 0 && strictlyInside(A, B, C))
-                split(current, C, mVertices[t.a].position);
-            if (d4 == 0 && strictlyInside(A, B, D))
-                split(current, D, mVertices[t.b].position);
-            // A proper crossing, rounded to the nearest grid point.
-            if (((d1 > 0 && d2 < 0) || (d1 < 0 && d2 > 0)) &&
-                ((d3 > 0 && d4 < 0) || (d3 < 0 && d4 > 0))) {
-                const Int128 den = Int128(d1) - d2;
-                const GridPoint P{A.x + roundedQuotient(Int128(B.x - A.x) * d1, den),
-                                  A.y + roundedQuotient(Int128(B.y - A.y) * d1, den)};
-                const Wm4::Vector2f position = fromGrid(P);
-                split(current, P, position);
-                split(other, P, position);
+            any = true;
+            drop(before);
+            it = drop(it);
+        }
+    };
+
+    std::vector<std::uint32_t> starting;
+    for (std::uint32_t v : sweepOrder()) {
+        const GridPoint& at = mVertices[v].grid;
+        for (std::uint32_t k = in.upStart[v]; k < in.upStart[v + 1]; ++k) {
+            if (present[in.up[k]]) {
+                present[in.up[k]] = 0;
+                status.erase(where[in.up[k]]);
             }
         }
-        active.push_back(current);
+        // The place of the vertex; a segment passing through it is cut there and dropped.
+        Status::iterator it;
+        while (true) {
+            less.zeroSegment = kNone;
+            it = status.lower_bound(at);
+            if (less.zeroSegment == kNone) {
+                break;
+            }
+            cuts[less.zeroSegment].push_back(v);
+            any = true;
+            drop(where[less.zeroSegment]);
+        }
+        starting.assign(in.down.begin() + in.downStart[v], in.down.begin() + in.downStart[v + 1]);
+        std::sort(starting.begin(), starting.end(), less);
+        Status::iterator firstInserted = status.end();
+        for (std::size_t i = 0; i < starting.size(); ++i) {
+            const std::uint32_t s = starting[i];
+            // Two segments leaving here in the same direction overlap: the longer is cut where
+            // the shorter ends, and sits this pass out.
+            if (i + 1 < starting.size()) {
+                const std::uint32_t t = starting[i + 1];
+                const GridPoint& ls = mVertices[mSegments[s].lower].grid;
+                const GridPoint& lt = mVertices[mSegments[t].lower].grid;
+                if (orient(at, ls, lt) == 0) {
+                    recordIntersection(s, t, cuts, crossingCuts);
+                    any = true;
+                    suspect[s] = 1;
+                    continue;
+                }
+            }
+            it = status.insert(it, s);
+            where[s] = it;
+            present[s] = 1;
+            if (firstInserted == status.end()) {
+                firstInserted = it;
+            }
+            ++it;
+        }
+        // New neighbours: left of the first inserted, right of the last, or across the vertex.
+        if (firstInserted != status.end()) {
+            const std::uint32_t firstSegment = *firstInserted;
+            testAround(firstInserted);
+            if (present[firstSegment] && it != status.end()) {
+                testAround(it);
+            }
+        } else {
+            testAround(it);
+        }
     }
+    // A pair that meets further down may have been hidden by a segment that left the order, so
+    // every segment that left is tested against all whose boxes overlap its own (a sweep over x).
+    if (std::find(suspect.begin(), suspect.end(), 1) != suspect.end()) {
+        const auto minX = [&](std::uint32_t i) {
+            return std::min(mVertices[mSegments[i].upper].grid.x,
+                            mVertices[mSegments[i].lower].grid.x);
+        };
+        const auto maxX = [&](std::uint32_t i) {
+            return std::max(mVertices[mSegments[i].upper].grid.x,
+                            mVertices[mSegments[i].lower].grid.x);
+        };
+        std::vector<std::uint32_t> byX(mSegments.size());
+        std::iota(byX.begin(), byX.end(), 0u);
+        std::sort(byX.begin(), byX.end(), [&](std::uint32_t l, std::uint32_t r) {
+            return minX(l) < minX(r) || (minX(l) == minX(r) && l < r);
+        });
+        std::vector<std::uint32_t> activeAll, activeSuspects;
+        const auto prune = [&](std::vector<std::uint32_t>& active, std::int64_t left) {
+            active.erase(std::remove_if(active.begin(), active.end(),
+                                        [&](std::uint32_t t) { return maxX(t) < left; }),
+                         active.end());
+        };
+        for (std::uint32_t current : byX) {
+            const std::int64_t left = minX(current);
+            const bool isSuspect = suspect[current] != 0;
+            prune(activeSuspects, left);
+            if (isSuspect) {
+                prune(activeAll, left);
+            }
+            for (std::uint32_t other : isSuspect ? activeAll : activeSuspects) {
+                if (recordIntersection(current, other, cuts, crossingCuts)) {
+                    any = true;
+                }
+            }
+            if (isSuspect) {
+                activeSuspects.push_back(current);
+            }
+            activeAll.push_back(current);
+        }
+    }
+    const auto anyCut = [](const std::vector<std::vector<std::uint32_t>>& c) {
+        return std::any_of(c.begin(), c.end(), [](const auto& points) { return !points.empty(); });
+    };
+    if (!anyCut(cuts)) {
+        cuts.swap(crossingCuts);
+    }
+    any = anyCut(cuts);
     if (!any) {
         return false;
     }
-    std::vector<Edge> result;
-    result.reserve(edges.size() * 2);
-    for (std::size_t i = 0; i < edges.size(); ++i) {
-        const Edge& e = edges[i];
-        std::vector<std::uint32_t>& cuts = splits[i];
-        if (cuts.empty()) {
-            result.push_back(e);
+    std::vector<Edge> pieces;
+    pieces.reserve(mSegments.size() + mSegments.size() / 4);
+    for (std::uint32_t i = 0; i < mSegments.size(); ++i) {
+        const Segment& seg = mSegments[i];
+        std::vector<std::uint32_t>& points = cuts[i];
+        if (points.empty()) {
+            pieces.push_back({seg.upper, seg.lower, seg.delta});
             continue;
         }
-        const GridPoint A = mVertices[e.a].grid, B = mVertices[e.b].grid;
+        const GridPoint A = mVertices[seg.upper].grid, B = mVertices[seg.lower].grid;
         const auto along = [&](std::uint32_t v) {
             const GridPoint& p = mVertices[v].grid;
             return Int128(p.x - A.x) * (B.x - A.x) + Int128(p.y - A.y) * (B.y - A.y);
         };
-        std::sort(cuts.begin(), cuts.end(),
+        std::sort(points.begin(), points.end(),
                   [&](std::uint32_t l, std::uint32_t r) { return along(l) < along(r); });
-        cuts.erase(std::unique(cuts.begin(), cuts.end()), cuts.end());
-        std::uint32_t from = e.a;
-        for (std::uint32_t cut : cuts) {
-            if (cut != from) {
-                result.push_back({from, cut, e.weight});
-                from = cut;
+        points.erase(std::unique(points.begin(), points.end()), points.end());
+        std::uint32_t from = seg.upper;
+        for (std::uint32_t point : points) {
+            if (point != from && point != seg.lower) {
+                pieces.push_back({from, point, seg.delta});
+                from = point;
             }
         }
-        if (from != e.b) {
-            result.push_back({from, e.b, e.weight});
-        }
+        pieces.push_back({from, seg.lower, seg.delta});
     }
-    edges.swap(result);
+    mergeEdges(pieces);
     return true;
 }
 
 // Equal segments become one, their weights summed by direction; those that cancel disappear.
 void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
-    std::unordered_map<std::uint64_t, std::uint32_t> index;
-    index.reserve(edges.size());
+    mSegments.clear();
+    mSegments.reserve(edges.size() + 4);
     for (const Edge& e : edges) {
         const bool downward = mVertices[e.a].grid < mVertices[e.b].grid;
-        const std::uint32_t upper = downward ? e.a : e.b;
-        const std::uint32_t lower = downward ? e.b : e.a;
-        const std::uint64_t key = (std::uint64_t(upper) << 32) | lower;
-        const auto found = index.find(key);
-        const int delta = downward ? e.weight : -e.weight;
-        if (found == index.end()) {
-            index.emplace(key, static_cast<std::uint32_t>(mSegments.size()));
-            mSegments.push_back({upper, lower, delta});
-        } else {
-            mSegments[found->second].delta += delta;
+        if (e.a != e.b) {
+            mSegments.push_back(
+                {downward ? e.a : e.b, downward ? e.b : e.a, downward ? e.weight : -e.weight});
         }
     }
-    mSegments.erase(std::remove_if(mSegments.begin(), mSegments.end(),
-                                   [](const Segment& s) { return s.delta == 0; }),
-                    mSegments.end());
+    std::sort(mSegments.begin(), mSegments.end(), [](const Segment& l, const Segment& r) {
+        return l.upper < r.upper || (l.upper == r.upper && l.lower < r.lower);
+    });
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < mSegments.size();) {
+        Segment merged = mSegments[i];
+        for (++i; i < mSegments.size() && mSegments[i].upper == merged.upper &&
+                  mSegments[i].lower == merged.lower;
+             ++i) {
+            merged.delta += mSegments[i].delta;
+        }
+        if (merged.delta != 0) {
+            mSegments[kept++] = merged;
+        }
+    }
+    mSegments.resize(kept);
 }
 
 // A rectangle just outside the grid's box, crossing nothing and changing no winding number: every
 // trapezoid inside it has two bounding segments.
 void TrapezoidRepresentation::addFrame() {
+    std::int64_t right = 0, bottom = 0;
+    for (const Vertex& v : mVertices) {
+        right = std::max(right, v.grid.x);
+        bottom = std::max(bottom, v.grid.y);
+    }
     const GridPoint corners[4] = {
-        {-1, -1}, {kGridSteps + 1, -1}, {kGridSteps + 1, kGridSteps + 1}, {-1, kGridSteps + 1}};
+        {-1, -1}, {right + 1, -1}, {right + 1, bottom + 1}, {-1, bottom + 1}};
     std::uint32_t ids[4];
     for (int i = 0; i < 4; ++i) {
         ids[i] = addPoint(corners[i], fromGrid(corners[i]));
@@ -346,69 +616,27 @@ void TrapezoidRepresentation::joinRegions(std::uint32_t a, std::uint32_t b) {
     }
 }
 
-// Left-to-right order of the segments that cross the sweep position, and where a vertex falls
-// among them. Two segments are compared at the later of their upper ends, where both exist; a
-// vertex against a segment by the side it lies on. A zero answer (a vertex on a segment, or two
-// segments overlapping) cannot happen once everything was split, and is reported as a failure.
-struct TrapezoidRepresentation::SegmentOrder {
-    using is_transparent = void;
-    const TrapezoidRepresentation* self;
-
-    const GridPoint& at(std::uint32_t v) const { return self->mVertices[v].grid; }
-
-    // Whether segment s passes left of p.
-    bool leftOf(std::uint32_t s, const GridPoint& p) const {
-        const Segment& seg = self->mSegments[s];
-        const std::int64_t side = orient(at(seg.upper), at(seg.lower), p);
-        if (side == 0) {
-            fail();
-        }
-        return side < 0;
-    }
-    bool operator()(std::uint32_t s, const GridPoint& p) const { return leftOf(s, p); }
-    bool operator()(const GridPoint& p, std::uint32_t s) const { return !leftOf(s, p); }
-    bool operator()(std::uint32_t a, std::uint32_t b) const {
-        if (a == b) {
-            return false;
-        }
-        const Segment& sa = self->mSegments[a];
-        const Segment& sb = self->mSegments[b];
-        if (sa.upper == sb.upper) {
-            const std::int64_t side = orient(at(sa.upper), at(sa.lower), at(sb.lower));
-            if (side == 0) {
-                fail();
-            }
-            return side < 0;
-        }
-        if (at(sb.upper) < at(sa.upper)) {
-            return !leftOf(b, at(sa.upper));
-        }
-        return leftOf(a, at(sb.upper));
-    }
-};
-
 // The sweep visits vertices in (y, x) order, keeping the segments that cross the sweep position
 // ordered from left to right. Each segment owns the open trapezoid to its right; a trapezoid opens
 // at the vertex where its gap between two segments begins and closes at the vertex where a
 // segment of it ends or a new one enters it. Winding numbers are counted from the left: the gap
 // right of a segment has the winding of the gap left of it plus the segment's delta.
 void TrapezoidRepresentation::sweep() {
-    for (std::uint32_t s = 0; s < mSegments.size(); ++s) {
-        mVertices[mSegments[s].upper].down.push_back(s);
-        mVertices[mSegments[s].lower].up.push_back(s);
-    }
-    const SegmentOrder less{this};
-    using Status = std::set<std::uint32_t, SegmentOrder>;
-    Status status(less);
+    const Incidence in = incidence();
+    const std::vector<std::uint32_t>& upStart = in.upStart;
+    const std::vector<std::uint32_t>& downStart = in.downStart;
+    const std::vector<std::uint32_t>& up = in.up;
+    const std::vector<std::uint32_t>& down = in.down;
+
+    // The status tree takes its nodes from a pool: no heap allocation per segment.
+    std::pmr::unsynchronized_pool_resource pool;
+    const SegmentOrder less{this, false};
+    using Status = std::pmr::set<std::uint32_t, SegmentOrder>;
+    Status status(less, &pool);
     std::vector<Status::iterator> where(mSegments.size());
     std::vector<std::uint32_t> openTrapezoid(mSegments.size(), kNone);  // the gap right of each
     std::vector<int> windingRight(mSegments.size(), 0);
-
-    std::vector<std::uint32_t> order(mVertices.size());
-    std::iota(order.begin(), order.end(), 0u);
-    std::sort(order.begin(), order.end(), [&](std::uint32_t l, std::uint32_t r) {
-        return mVertices[l].grid < mVertices[r].grid;
-    });
+    const std::vector<std::uint32_t> order = sweepOrder();
     mTrapezoids.reserve(mSegments.size() * 3);
 
     const auto open = [&](std::uint32_t owner, std::uint32_t top) {
@@ -432,13 +660,15 @@ void TrapezoidRepresentation::sweep() {
     std::vector<std::uint32_t> starting;
     for (std::uint32_t v : order) {
         const Vertex& vertex = mVertices[v];
-        if (vertex.up.empty() && vertex.down.empty()) {
+        const std::uint32_t* upBegin = up.data() + upStart[v];
+        const std::uint32_t upCount = upStart[v + 1] - upStart[v];
+        if (upCount == 0 && downStart[v + 1] == downStart[v]) {
             continue;
         }
         // The segments ending here, [first, last), or the place where the vertex falls.
         Status::iterator first, last;
-        if (!vertex.up.empty()) {
-            first = where[vertex.up.front()];
+        if (upCount != 0) {
+            first = where[*upBegin];
             last = std::next(first);
             while (first != status.begin() && mSegments[*std::prev(first)].lower == v) {
                 --first;
@@ -446,7 +676,7 @@ void TrapezoidRepresentation::sweep() {
             while (last != status.end() && mSegments[*last].lower == v) {
                 ++last;
             }
-            if (static_cast<std::size_t>(std::distance(first, last)) != vertex.up.size()) {
+            if (static_cast<std::size_t>(std::distance(first, last)) != upCount) {
                 fail();
             }
         } else {
@@ -468,7 +698,7 @@ void TrapezoidRepresentation::sweep() {
         status.erase(first, last);
 
         // Insert the segments that start here, left to right, and open the gaps they make.
-        starting.assign(vertex.down.begin(), vertex.down.end());
+        starting.assign(down.data() + downStart[v], down.data() + downStart[v + 1]);
         std::sort(starting.begin(), starting.end(), less);
         int winding = pred != kNone ? windingRight[pred] : 0;
         std::uint32_t openedLeft = kNone;
@@ -497,15 +727,16 @@ void TrapezoidRepresentation::sweep() {
 
 namespace {
 
-// x of the segment P-Q at height y, as the line y = m x + b; a vertical segment keeps its x.
+// x of the segment P-Q at height y: the line y = m x + b solved for x, in the form
+// x = P.x + (y - P.y) / m and in double, which keeps steep and nearly horizontal segments exact
+// where (y - b) / m in float would cancel or overflow. A vertical segment keeps its x.
 float xAtHeight(const Wm4::Vector2f& P, const Wm4::Vector2f& Q, float y) {
     if (Q.X() - P.X() == 0.0f) {
         return P.X();
     }
-    const float m = (Q.Y() - P.Y()) / (Q.X() - P.X());
-    const float b = P.Y() - m * P.X();
-    const float x = (y - b) / m;
-    return std::isfinite(x) ? x : P.X();
+    const double x =
+        P.X() + (double(y) - P.Y()) * (double(Q.X()) - P.X()) / (double(Q.Y()) - P.Y());
+    return std::isfinite(x) ? static_cast<float>(x) : P.X();
 }
 
 bool keeps(TriangulationFillRule rule, int winding) {

@@ -1,0 +1,707 @@
+#include "svg/tqSvg.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <fstream>
+#include <limits>
+#include <random>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using tq::TriangulatePoly;
+using tq::TriangulationFillRule;
+using Wm4::Vector2f;
+
+namespace {
+
+constexpr int kNonZero = 0;
+constexpr int kEvenOdd = 1;
+constexpr double kPi = 3.14159265358979323846;
+
+// Segments as the triangulation takes them: pairs of indices into `points`.
+struct Outline {
+    std::string name;
+    std::vector<Vector2f> points;
+    std::vector<unsigned int> indices;
+
+    explicit Outline(std::string n = "") : name(std::move(n)) {}
+
+    Outline& segment(Vector2f a, Vector2f b) {
+        points.insert(points.end(), {a, b});
+        const auto i = static_cast<unsigned int>(points.size());
+        indices.insert(indices.end(), {i - 2, i - 1});
+        return *this;
+    }
+    Outline& contour(const std::vector<Vector2f>& pts) {
+        const auto base = static_cast<unsigned int>(points.size());
+        const auto n = static_cast<unsigned int>(pts.size());
+        points.insert(points.end(), pts.begin(), pts.end());
+        for (unsigned int i = 0; i < n; ++i) {
+            indices.push_back(base + i);
+            indices.push_back(base + (i + 1) % n);
+        }
+        return *this;
+    }
+    Outline& rect(float x0, float y0, float x1, float y1, bool ccw = true) {
+        if (ccw) {
+            return contour({{x0, y0}, {x1, y0}, {x1, y1}, {x0, y1}});
+        }
+        return contour({{x0, y0}, {x0, y1}, {x1, y1}, {x1, y0}});
+    }
+    // Vertex i at angle phase + 2 pi i k / n: k = 1 runs counter-clockwise, k = -1 clockwise,
+    // and k > 1 with no factor in common with n draws the star polygon {n/k}.
+    Outline& polygon(double cx, double cy, double r, int n, int k, double phase) {
+        std::vector<Vector2f> pts;
+        for (int i = 0; i < n; ++i) {
+            const double a = phase + 2 * kPi * i * k / n;
+            pts.emplace_back(static_cast<float>(cx + r * std::cos(a)),
+                             static_cast<float>(cy + r * std::sin(a)));
+        }
+        return contour(pts);
+    }
+    Outline transformed(double scale, double dx = 0, double dy = 0) const {
+        Outline out = *this;
+        for (Vector2f& p : out.points) {
+            p = Vector2f(static_cast<float>(p.X() * scale + dx),
+                         static_cast<float>(p.Y() * scale + dy));
+        }
+        return out;
+    }
+    std::string describe() const {
+        std::ostringstream s;
+        s.precision(std::numeric_limits<float>::max_digits10);
+        s << name << " (" << indices.size() / 2 << " segments)";
+        if (indices.size() > 80) {
+            return s.str();
+        }
+        s << ":";
+        for (size_t i = 0; i + 1 < indices.size(); i += 2) {
+            const Vector2f& a = points[indices[i]];
+            const Vector2f& b = points[indices[i + 1]];
+            s << " (" << a.X() << "," << a.Y() << ")->(" << b.X() << "," << b.Y() << ")";
+        }
+        return s.str();
+    }
+};
+
+struct Triangulation {
+    bool ok = false;
+    std::vector<Vector2f> points;
+    std::vector<unsigned int> indices;
+};
+
+Triangulation triangulate(const Outline& o, int rule, bool skipDegenerate = true) {
+    Triangulation t;
+    t.ok = TriangulatePoly(o.points, o.indices, t.points, t.indices,
+                           static_cast<TriangulationFillRule>(rule), skipDegenerate);
+    return t;
+}
+
+struct P {
+    double x, y;
+};
+P toP(const Vector2f& v) {
+    return {v.X(), v.Y()};
+}
+double cross(P o, P a, P b) {
+    return (a.x - o.x) * (b.y - o.y) - (a.y - o.y) * (b.x - o.x);
+}
+double distanceToSegment(P q, P a, P b) {
+    const double dx = b.x - a.x, dy = b.y - a.y;
+    const double len2 = dx * dx + dy * dy;
+    const double t =
+        len2 > 0 ? std::clamp(((q.x - a.x) * dx + (q.y - a.y) * dy) / len2, 0.0, 1.0) : 0.0;
+    return std::hypot(q.x - (a.x + t * dx), q.y - (a.y + t * dy));
+}
+
+struct Box {
+    double x0 = std::numeric_limits<double>::infinity(), y0 = x0, x1 = -x0, y1 = -x0;
+    void add(P p) {
+        x0 = std::min(x0, p.x), y0 = std::min(y0, p.y);
+        x1 = std::max(x1, p.x), y1 = std::max(y1, p.y);
+    }
+    double extent() const { return std::max(x1 - x0, y1 - y0); }
+    double maxAbs() const {
+        return std::max({std::abs(x0), std::abs(y0), std::abs(x1), std::abs(y1)});
+    }
+    bool contains(P p, double margin) const {
+        return p.x >= x0 - margin && p.x <= x1 + margin && p.y >= y0 - margin && p.y <= y1 + margin;
+    }
+};
+
+Box boundsOf(const Outline& o) {
+    Box b;
+    for (unsigned int i : o.indices) {
+        b.add(toP(o.points[i]));
+    }
+    return b;
+}
+
+// Winding number straight from the segments: signed crossings of the ray towards +x.
+int windingNumber(const Outline& o, P q) {
+    int w = 0;
+    for (size_t i = 0; i + 1 < o.indices.size(); i += 2) {
+        const P a = toP(o.points[o.indices[i]]);
+        const P b = toP(o.points[o.indices[i + 1]]);
+        if (a.y <= q.y && b.y > q.y && cross(a, b, q) > 0) {
+            ++w;
+        } else if (b.y <= q.y && a.y > q.y && cross(a, b, q) < 0) {
+            --w;
+        }
+    }
+    return w;
+}
+
+bool keptBy(int rule, int winding) {
+    if (rule == kNonZero) {
+        return winding != 0;
+    }
+    return rule == kEvenOdd ? winding % 2 != 0 : true;
+}
+
+double triangleArea(const Triangulation& t) {
+    double area = 0;
+    for (size_t i = 0; i + 2 < t.indices.size(); i += 3) {
+        area += std::abs(cross(toP(t.points[t.indices[i]]), toP(t.points[t.indices[i + 1]]),
+                               toP(t.points[t.indices[i + 2]]))) /
+                2;
+    }
+    return area;
+}
+
+// Every kept trapezoid: four fresh points (p0 right/top, p1 left/top, p2 left/bottom,
+// p3 right/bottom) and the triangles (p0, p1, p3), (p1, p3, p2); its two heights differ.
+testing::AssertionResult wellFormed(const Triangulation& t, size_t pointBase = 0,
+                                    size_t indexBase = 0) {
+    const size_t quads = (t.indices.size() - indexBase) / 6;
+    if ((t.indices.size() - indexBase) % 6 != 0 || t.points.size() - pointBase != 4 * quads) {
+        return testing::AssertionFailure() << t.points.size() - pointBase << " points and "
+                                           << t.indices.size() - indexBase << " indices";
+    }
+    Box box;
+    for (size_t i = pointBase; i < t.points.size(); ++i) {
+        if (!std::isfinite(t.points[i].X()) || !std::isfinite(t.points[i].Y())) {
+            return testing::AssertionFailure() << "point " << i << " is not finite";
+        }
+        box.add(toP(t.points[i]));
+    }
+    const double ulp = box.maxAbs() * std::ldexp(1.0, -23);
+    for (size_t q = 0; q < quads; ++q) {
+        const auto n = static_cast<unsigned int>(pointBase + 4 * q + 4);
+        const std::array<unsigned int, 6> expected{n - 4, n - 3, n - 1, n - 3, n - 1, n - 2};
+        if (!std::equal(expected.begin(), expected.end(), t.indices.begin() + indexBase + 6 * q)) {
+            return testing::AssertionFailure() << "trapezoid " << q << " has other indices";
+        }
+        const Vector2f* p = &t.points[n - 4];
+        if (p[0].Y() != p[1].Y() || p[2].Y() != p[3].Y()) {
+            return testing::AssertionFailure() << "trapezoid " << q << " has slanted bounds";
+        }
+        if (p[0].Y() == p[2].Y()) {
+            return testing::AssertionFailure() << "trapezoid " << q << " has no height";
+        }
+        // A corner's x is its side evaluated at a float height: a side of slope s may be off by
+        // a few units of the height divided by s, so nearly horizontal sides get more room.
+        const double height = std::abs(p[0].Y() - p[2].Y());
+        const double run = std::max(std::abs(p[1].X() - p[2].X()), std::abs(p[0].X() - p[3].X()));
+        const double slack = 1e-5 * box.extent() + 4 * ulp * (1 + run / height);
+        if (p[1].X() > p[0].X() + slack || p[2].X() > p[3].X() + slack) {
+            return testing::AssertionFailure()
+                   << "trapezoid " << q << " has left and right swapped: (" << p[0].X() << ", "
+                   << p[0].Y() << ") (" << p[1].X() << ", " << p[1].Y() << ") (" << p[2].X() << ", "
+                   << p[2].Y() << ") (" << p[3].X() << ", " << p[3].Y() << ")";
+        }
+    }
+    return testing::AssertionSuccess();
+}
+
+// Samples the plane around the outline (uniformly, and just beside its segments) and checks
+// that each sample lies in exactly one triangle when the rule keeps its winding number and in
+// none otherwise. Samples within a band around any input segment or triangle edge are skipped.
+void expectExactCoverage(const Outline& o, int rule, const Triangulation& t, std::mt19937& rng,
+                         int samples = 1500) {
+    SCOPED_TRACE(o.describe() + ", rule " + std::to_string(rule));
+    ASSERT_TRUE(t.ok);
+    EXPECT_TRUE(wellFormed(t));
+    const Box box = boundsOf(o);
+    if (!(box.extent() > 0)) {
+        return;
+    }
+    const double band = std::max(1e-5 * box.extent(), 32 * box.maxAbs() * std::ldexp(1.0, -24));
+
+    std::vector<std::array<P, 3>> tris;
+    std::vector<Box> triBoxes;
+    for (size_t i = 0; i + 2 < t.indices.size(); i += 3) {
+        tris.push_back({toP(t.points[t.indices[i]]), toP(t.points[t.indices[i + 1]]),
+                        toP(t.points[t.indices[i + 2]])});
+        triBoxes.emplace_back();
+        for (const P& v : tris.back()) {
+            triBoxes.back().add(v);
+        }
+    }
+    std::vector<std::array<P, 2>> segs;
+    for (size_t i = 0; i + 1 < o.indices.size(); i += 2) {
+        segs.push_back({toP(o.points[o.indices[i]]), toP(o.points[o.indices[i + 1]])});
+    }
+
+    std::uniform_real_distribution<double> unit(0, 1);
+    const double margin = 0.1 * box.extent();
+    int checked = 0, failures = 0;
+    for (int s = 0; s < samples && failures < 3; ++s) {
+        P q;
+        const auto& seg = segs[rng() % segs.size()];
+        const double dx = seg[1].x - seg[0].x, dy = seg[1].y - seg[0].y, len = std::hypot(dx, dy);
+        if (s % 2 == 0 || len == 0) {
+            q = {box.x0 - margin + unit(rng) * (box.x1 - box.x0 + 2 * margin),
+                 box.y0 - margin + unit(rng) * (box.y1 - box.y0 + 2 * margin)};
+        } else {  // just beside a segment, where misplaced edges show first
+            const double u = unit(rng), off = (rng() % 2 ? 1 : -1) * band * (1.5 + 20 * unit(rng));
+            q = {seg[0].x + u * dx - off * dy / len, seg[0].y + u * dy + off * dx / len};
+        }
+        if (rule != kNonZero && rule != kEvenOdd && !box.contains(q, 0)) {
+            continue;  // only the bounding box is sure to be inside the frame
+        }
+        const bool nearSegment = std::any_of(segs.begin(), segs.end(), [&](const auto& g) {
+            return distanceToSegment(q, g[0], g[1]) < band;
+        });
+        if (nearSegment) {
+            continue;
+        }
+        int inside = 0;
+        bool nearEdge = false;
+        for (size_t i = 0; i < tris.size() && !nearEdge; ++i) {
+            if (!triBoxes[i].contains(q, band)) {
+                continue;
+            }
+            const auto& v = tris[i];
+            for (int e = 0; e < 3; ++e) {
+                nearEdge = nearEdge || distanceToSegment(q, v[e], v[(e + 1) % 3]) < band;
+            }
+            const double c0 = cross(v[0], v[1], q), c1 = cross(v[1], v[2], q),
+                         c2 = cross(v[2], v[0], q);
+            inside += (c0 > 0 && c1 > 0 && c2 > 0) || (c0 < 0 && c1 < 0 && c2 < 0);
+        }
+        if (nearEdge) {
+            continue;
+        }
+        ++checked;
+        const int w = windingNumber(o, q);
+        if (inside != (keptBy(rule, w) ? 1 : 0)) {
+            ++failures;
+            ADD_FAILURE() << "sample (" << q.x << ", " << q.y << ") with winding " << w
+                          << " lies in " << inside << " triangles";
+        }
+    }
+    EXPECT_GE(checked, samples / 10) << "too few samples away from the edges";
+}
+
+void expectExactCoverageUnderBothRules(const Outline& o, std::mt19937& rng,
+                                       bool skipDegenerate = true, int samples = 1500) {
+    for (int rule : {kNonZero, kEvenOdd}) {
+        expectExactCoverage(o, rule, triangulate(o, rule, skipDegenerate), rng, samples);
+    }
+}
+
+Outline star(int n, int k, float radius, double phase = 0.3) {
+    return Outline("star {" + std::to_string(n) + "/" + std::to_string(k) + "}")
+        .polygon(0, 0, radius, n, k, phase);
+}
+
+std::vector<Outline> loadOutlines(const std::string& file) {
+    std::ifstream in(std::string(TQSVG_TEST_DATA_DIR "/triangulation/") + file);
+    std::vector<Outline> outlines;
+    std::string line, word;
+    while (std::getline(in, line)) {
+        std::istringstream s(line);
+        if (!(s >> word) || word[0] == '#') {
+            continue;
+        }
+        if (word == "case") {
+            outlines.emplace_back();
+            s >> outlines.back().name;
+        } else if (word == "contour") {
+            std::vector<Vector2f> pts;
+            float x, y;
+            while (s >> x >> y) {
+                pts.emplace_back(x, y);
+            }
+            outlines.back().contour(pts);
+        } else if (word == "self") {
+            unsigned int k;
+            s >> k;
+            outlines.back().indices.insert(outlines.back().indices.end(), {k, k});
+        }
+    }
+    return outlines;
+}
+
+}  // namespace
+
+TEST(TriangulationContract, InvalidInputFailsCleanly) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float inf = std::numeric_limits<float>::infinity();
+    struct Case {
+        const char* what;
+        std::vector<Vector2f> points;
+        std::vector<unsigned int> indices;
+    };
+    const std::vector<Vector2f> square{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
+    const std::vector<unsigned int> closed{0, 1, 1, 2, 2, 3, 3, 0};
+    const std::vector<Case> cases{
+        {"one index", square, {0}},
+        {"five indices", square, {0, 1, 1, 2, 2}},
+        {"seven indices", square, {0, 1, 1, 2, 2, 3, 3}},
+        {"index one past the end", square, {0, 1, 1, 2, 2, 4, 4, 0}},
+        {"largest index", square, {0, 1, 1, 2, 2, 3, 3, 0xffffffffu}},
+        {"NaN x", {{0, 0}, {10, 0}, {nan, 10}, {0, 10}}, closed},
+        {"NaN y", {{0, 0}, {10, 0}, {10, 10}, {0, nan}}, closed},
+        {"+inf", {{0, 0}, {inf, 0}, {10, 10}, {0, 10}}, closed},
+        {"-inf", {{0, 0}, {10, 0}, {10, 10}, {0, -inf}}, closed},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        for (int rule : {kNonZero, kEvenOdd, 2}) {
+            const std::vector<Vector2f> keptPoints{{1, 2}, {3, 4}};
+            const std::vector<unsigned int> keptIndices{0, 1, 1};
+            std::vector<Vector2f> outPoints = keptPoints;
+            std::vector<unsigned int> outIndices = keptIndices;
+            EXPECT_FALSE(TriangulatePoly(c.points, c.indices, outPoints, outIndices,
+                                         static_cast<TriangulationFillRule>(rule), true));
+            // An odd count is refused before anything is appended; otherwise what was there
+            // before stays in front.
+            if (c.indices.size() % 2 != 0) {
+                EXPECT_EQ(outPoints, keptPoints);
+                EXPECT_EQ(outIndices, keptIndices);
+            }
+            EXPECT_TRUE(std::equal(keptPoints.begin(), keptPoints.end(), outPoints.begin()));
+            EXPECT_TRUE(std::equal(keptIndices.begin(), keptIndices.end(), outIndices.begin()));
+        }
+    }
+}
+
+TEST(TriangulationContract, AppendsToExistingOutputAndIsDeterministic) {
+    const Outline o = star(7, 3, 50);
+    const Triangulation fresh = triangulate(o, kNonZero);
+    ASSERT_TRUE(fresh.ok);
+    ASSERT_FALSE(fresh.indices.empty());
+
+    Triangulation t;
+    t.points = {{-1, -1}, {-2, -2}, {-3, -3}};
+    t.indices = {2, 1, 0, 0};
+    const Triangulation before = t;
+    t.ok = TriangulatePoly(o.points, o.indices, t.points, t.indices, TriangulationFillRule::NonZero,
+                           true);
+    ASSERT_TRUE(t.ok);
+    EXPECT_TRUE(wellFormed(t, before.points.size(), before.indices.size()));
+    Triangulation expected = before;
+    expected.points.insert(expected.points.end(), fresh.points.begin(), fresh.points.end());
+    for (unsigned int i : fresh.indices) {
+        expected.indices.push_back(i + static_cast<unsigned int>(before.points.size()));
+    }
+    EXPECT_EQ(t.points, expected.points);
+    EXPECT_EQ(t.indices, expected.indices);
+}
+
+TEST(TriangulationContract, OutlinesWithoutAreaEmitNothing) {
+    for (const Outline& o :
+         {Outline("no segments"), Outline("there and back").contour({{0, 0}, {5, 3}}),
+          Outline("single segment").segment({0, 0}, {5, 3}),
+          Outline("contour and its reverse")
+              .contour({{0, 0}, {10, 2}, {4, 9}})
+              .contour({{4, 9}, {10, 2}, {0, 0}})}) {
+        for (int rule : {kNonZero, kEvenOdd}) {
+            for (bool skip : {true, false}) {
+                const Triangulation t = triangulate(o, rule, skip);
+                EXPECT_TRUE(t.ok) << o.describe();
+                EXPECT_TRUE(t.points.empty() && t.indices.empty()) << o.describe();
+            }
+        }
+    }
+}
+
+TEST(TriangulationContract, RectangleIsOneTrapezoidWithItsOwnCorners) {
+    for (bool ccw : {true, false}) {
+        for (int rule : {kNonZero, kEvenOdd}) {
+            const Triangulation t = triangulate(Outline().rect(0.1f, -2.7f, 3.3f, 5.9f, ccw), rule);
+            ASSERT_TRUE(t.ok);
+            ASSERT_TRUE(wellFormed(t));
+            ASSERT_EQ(t.points.size(), 4u);
+            const Vector2f* p = t.points.data();
+            const float top = p[0].Y(), bottom = p[2].Y();
+            EXPECT_TRUE(top == -2.7f ? bottom == 5.9f : top == 5.9f && bottom == -2.7f);
+            EXPECT_EQ(t.points, (std::vector<Vector2f>{
+                                    {3.3f, top}, {0.1f, top}, {0.1f, bottom}, {3.3f, bottom}}));
+        }
+    }
+}
+
+TEST(TriangulationContract, VerticalSidesKeepTheirExactX) {
+    // Every corner on a vertical side, also where other segments cross or end on it, has
+    // exactly the side's x: neighbouring shapes sharing the side meet without a seam.
+    struct Case {
+        Outline outline;
+        float x, y0, y1;  // the vertical side
+    };
+    std::vector<Case> cases;
+    Outline sides("vertical sides around a diamond hole");
+    sides.contour(
+        {{0.1f, 0.3f}, {3.7f, -1.9f}, {7.3f, 0.7f}, {7.3f, 9.1f}, {4.4f, 11.3f}, {0.1f, 8.9f}});
+    sides.contour({{3.7f, 2.1f}, {2.2f, 4.4f}, {3.7f, 6.6f}, {5.1f, 4.4f}});
+    cases.push_back({sides, 0.1f, 0.3f, 8.9f});
+    cases.push_back({sides, 7.3f, 0.7f, 9.1f});
+    for (float x : {0.0f, 0.1f, 37.7f}) {
+        Outline crossed("triangle across a vertical side");
+        crossed.rect(x, 0, x + 100, 100).contour({{x - 10, 50}, {x + 20, 40}, {x + 20, 60}});
+        cases.push_back({crossed, x, 0, 100});
+    }
+    for (const Case& c : cases) {
+        const double near = 1e-3 * boundsOf(c.outline).extent();
+        for (int rule : {kNonZero, kEvenOdd}) {
+            const Triangulation t = triangulate(c.outline, rule);
+            SCOPED_TRACE(c.outline.describe() + ", rule " + std::to_string(rule));
+            ASSERT_TRUE(t.ok);
+            EXPECT_TRUE(wellFormed(t));
+            std::ostringstream off;
+            off.precision(9);
+            for (size_t q = 0; q + 3 < t.points.size(); q += 4) {
+                for (auto [top, bottom] : {std::array<int, 2>{1, 2}, {0, 3}}) {  // left, right
+                    const Vector2f& a = t.points[q + top];
+                    const Vector2f& b = t.points[q + bottom];
+                    const bool onSide =
+                        std::abs(a.X() - c.x) < near && std::abs(b.X() - c.x) < near &&
+                        std::min(a.Y(), b.Y()) >= c.y0 && std::max(a.Y(), b.Y()) <= c.y1;
+                    if (onSide && (a.X() != c.x || b.X() != c.x)) {
+                        off << " (" << a.X() << ", " << a.Y() << ")-(" << b.X() << ", " << b.Y()
+                            << ")";
+                    }
+                }
+            }
+            EXPECT_EQ(off.str(), "") << "sides off x = " << c.x;
+        }
+    }
+}
+
+TEST(TriangulationContract, OtherRuleValuesFillAFrameAroundTheBoundingBox) {
+    std::mt19937 rng(2024);
+    for (const Outline& o :
+         {star(5, 2, 20), star(7, 3, 1e-3f),
+          Outline("square with a hole").rect(0, 0, 10, 10).rect(3, 3, 6, 6, false),
+          Outline("single slanted segment").segment({1, 1}, {4, 9})}) {
+        const Box box = boundsOf(o);
+        for (int rule : {2, 3, 1000}) {
+            const Triangulation t = triangulate(o, rule);
+            SCOPED_TRACE(o.describe() + ", rule " + std::to_string(rule));
+            ASSERT_TRUE(t.ok);
+            Box out;
+            for (const Vector2f& p : t.points) {
+                out.add(toP(p));
+            }
+            const double frame = 1e-3 * box.extent();
+            EXPECT_TRUE(box.contains({out.x0, out.y0}, frame) &&
+                        box.contains({out.x1, out.y1}, frame))
+                << "output spans (" << out.x0 << ", " << out.y0 << ") to (" << out.x1 << ", "
+                << out.y1 << ")";
+            EXPECT_NEAR(triangleArea(t), (box.x1 - box.x0) * (box.y1 - box.y0),
+                        frame * 4 * box.extent());
+            expectExactCoverage(o, rule, t, rng);
+        }
+    }
+}
+
+TEST(TriangulationArea, MatchesTheExactAreaUnderTheRule) {
+    // Pentagram of outer radius 10: five points around an inner pentagon.
+    const double r = 10 * std::cos(2 * kPi / 5) / std::cos(kPi / 5);
+    const double starArea = 5 * 10 * r * std::sin(kPi / 5);
+    const double pentagonArea = 2.5 * r * r * std::sin(2 * kPi / 5);
+    struct Case {
+        Outline outline;
+        double nonZero, evenOdd;
+    };
+    const std::vector<Case> cases{
+        {Outline("rectangle").rect(-1, 2, 5, 6), 24, 24},
+        {Outline("clockwise rectangle").rect(-1, 2, 5, 6, false), 24, 24},
+        {Outline("holes wound against")
+             .rect(0, 0, 10, 10)
+             .rect(1, 1, 3, 3, false)
+             .rect(5, 5, 9, 6, false),
+         92, 92},
+        {Outline("holes wound along").rect(0, 0, 10, 10).rect(1, 1, 3, 3).rect(5, 5, 9, 6), 100,
+         92},
+        {Outline("overlapping squares").rect(0, 0, 4, 4).rect(2, 2, 6, 6), 28, 24},
+        {star(5, 2, 10, kPi / 2), starArea, starArea - pentagonArea},
+        {star(5, 2, 10, 0.1), starArea, starArea - pentagonArea},
+    };
+    for (const Case& c : cases) {
+        for (double scale : {1.0, 1e30, 1e-30}) {
+            const Outline o = c.outline.transformed(scale);
+            for (int rule : {kNonZero, kEvenOdd}) {
+                const Triangulation t = triangulate(o, rule);
+                SCOPED_TRACE(o.describe() + ", rule " + std::to_string(rule));
+                ASSERT_TRUE(t.ok);
+                EXPECT_TRUE(wellFormed(t));
+                const double expected = (rule == kNonZero ? c.nonZero : c.evenOdd) * scale * scale;
+                EXPECT_NEAR(triangleArea(t), expected, 1e-5 * expected);
+            }
+        }
+    }
+}
+
+TEST(TriangulationCoverage, RandomPolygons) {
+    for (unsigned seed = 1; seed <= 30; ++seed) {
+        std::mt19937 rng(seed);
+        std::uniform_real_distribution<float> coord(-100, 100);
+        Outline o("random polygons, seed " + std::to_string(seed));
+        for (int c = 0, contours = 1 + seed % 3; c < contours; ++c) {
+            std::vector<Vector2f> pts(3 + rng() % 25);
+            for (Vector2f& p : pts) {
+                p = Vector2f(coord(rng), coord(rng));
+            }
+            o.contour(pts);
+        }
+        expectExactCoverageUnderBothRules(o, rng);
+    }
+}
+
+TEST(TriangulationCoverage, LatticePolygonsWithSharedVerticesAndOverlaps) {
+    // Vertices on a coarse lattice: repeated points, zero-length, horizontal, vertical and
+    // collinear overlapping segments, and vertices on other segments all come up often.
+    for (unsigned seed = 1; seed <= 150; ++seed) {
+        std::mt19937 rng(seed);
+        const int lattice = 2 + seed % 5;
+        Outline o("lattice polygons, seed " + std::to_string(seed));
+        for (int c = 0, contours = 1 + seed % 4; c < contours; ++c) {
+            std::vector<Vector2f> pts(2 + rng() % 10);
+            for (Vector2f& p : pts) {
+                p = Vector2f(0.75f * (rng() % (lattice + 1)), 1.25f * (rng() % (lattice + 1)));
+            }
+            o.contour(pts);
+        }
+        if (seed % 3 == 0) {  // segments from a point to itself
+            o.indices.insert(o.indices.end(), {1, 1, 0, 0});
+        }
+        expectExactCoverageUnderBothRules(o, rng, seed % 2 == 0, 1000);
+    }
+}
+
+TEST(TriangulationCoverage, StarPolygons) {
+    std::mt19937 rng(77);
+    const std::vector<std::array<int, 2>> stars{{5, 2}, {7, 2}, {7, 3}, {9, 4}, {12, 5}, {101, 37}};
+    for (const auto& nk : stars) {
+        for (double phase : {kPi / 2, 0.3}) {
+            expectExactCoverageUnderBothRules(star(nk[0], nk[1], 100, phase), rng);
+        }
+    }
+}
+
+TEST(TriangulationCoverage, OverlappingContoursWoundEitherWay) {
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        std::mt19937 rng(seed * 7919);
+        std::uniform_real_distribution<double> u(0, 100);
+        Outline o("overlapping contours, seed " + std::to_string(seed));
+        for (int c = 0, shapes = 2 + rng() % 5; c < shapes; ++c) {
+            const bool ccw = rng() % 2;
+            const P center{u(rng), u(rng)};
+            const double w = 5 + u(rng) / 2, h = 5 + u(rng) / 2;
+            if (rng() % 3 == 0) {
+                o.rect(static_cast<float>(center.x - w), static_cast<float>(center.y - h),
+                       static_cast<float>(center.x + w), static_cast<float>(center.y + h), ccw);
+            } else {  // triangles to pentagons, and 24-gons standing in for circles
+                const int sides = rng() % 2 ? 24 : 3 + rng() % 3;
+                o.polygon(center.x, center.y, w, sides, ccw ? 1 : -1, h);
+            }
+        }
+        expectExactCoverageUnderBothRules(o, rng);
+    }
+}
+
+TEST(TriangulationCoverage, GridsOfHolesWoundEitherWay) {
+    for (unsigned seed = 1; seed <= 8; ++seed) {
+        std::mt19937 rng(seed);
+        const int cells = 2 + seed % 5;
+        const float gap = seed % 2 ? 1.0f : 0.0f;  // no gap: neighbouring holes share edges
+        Outline o("grid of holes, seed " + std::to_string(seed));
+        o.rect(-1, -1, 10.0f * cells + 1, 10.0f * cells + 1);
+        for (int i = 0; i < cells; ++i) {
+            for (int j = 0; j < cells; ++j) {
+                o.rect(10.0f * i + gap, 10.0f * j + gap, 10.0f * (i + 1) - gap,
+                       10.0f * (j + 1) - gap, rng() % 2);
+            }
+        }
+        expectExactCoverageUnderBothRules(o, rng);
+    }
+}
+
+TEST(TriangulationCoverage, NearlyParallelCrossings) {
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        std::mt19937 rng(seed);
+        std::uniform_real_distribution<double> jitter(-1e-3, 1e-3), shift(-30, 30);
+        // Long bands 20 wide, 0.01 to 0.04 radians apart (so their edges cross over hundreds
+        // of units), around nearly horizontal, nearly vertical or diagonal directions.
+        const double base = std::array<double, 3>{1e-3, kPi / 2 - 1e-3, kPi / 4}[seed % 3];
+        Outline o("nearly parallel bands, seed " + std::to_string(seed));
+        for (int b = 0; b < 4; ++b) {
+            const double a = base + b * 0.01 * (1 + seed % 4) + jitter(rng);
+            const double c = std::cos(a), s = std::sin(a), w = 10, l = 500;
+            const P m{500 + shift(rng), 500 + shift(rng)};
+            std::vector<Vector2f> pts;
+            for (auto [u, v] :
+                 std::array<std::array<double, 2>, 4>{{{-l, -w}, {l, -w}, {l, w}, {-l, w}}}) {
+                pts.emplace_back(static_cast<float>(m.x + u * c - v * s),
+                                 static_cast<float>(m.y + u * s + v * c));
+            }
+            if (rng() % 2) {
+                std::reverse(pts.begin(), pts.end());
+            }
+            o.contour(pts);
+        }
+        expectExactCoverageUnderBothRules(o, rng);
+    }
+}
+
+TEST(TriangulationCoverage, TouchingRepeatedAndOverlappingOutlines) {
+    const std::vector<Outline> outlines = loadOutlines("degenerate.txt");
+    ASSERT_GE(outlines.size(), 20u);
+    std::mt19937 rng(4242);
+    for (const Outline& o : outlines) {
+        for (bool skip : {true, false}) {
+            expectExactCoverageUnderBothRules(o, rng, skip, 1000);
+        }
+    }
+}
+
+TEST(TriangulationCoverage, HugeTinyAndFarOffCoordinates) {
+    std::vector<Outline> shapes{star(7, 3, 100)};
+    shapes.push_back(
+        Outline("squares").rect(0, 0, 50, 50).rect(10, 10, 20, 20, false).rect(15, 15, 40, 30));
+    for (const Outline& o : loadOutlines("degenerate.txt")) {
+        for (const char* name : {"vertex-on-slanted-edge", "slanted-collinear-overlap",
+                                 "comb-of-spikes", "crossing-slivers"}) {
+            if (o.name == name) {
+                shapes.push_back(o);
+            }
+        }
+    }
+    ASSERT_EQ(shapes.size(), 6u);
+    std::mt19937 rng(99);
+    struct Placement {
+        double scale, dx, dy;
+    };
+    for (const Placement& at :
+         {Placement{1e30, 0, 0}, Placement{1e-30, 0, 0}, Placement{1e36, -3e37, 1e37},
+          Placement{3e36, 0, 0}, Placement{1, 1e5, -2e5}, Placement{1e-3, 1, 1}}) {
+        for (const Outline& shape : shapes) {
+            Outline o = shape.transformed(at.scale, at.dx, at.dy);
+            std::ostringstream name;
+            name << o.name << " scaled by " << at.scale << " moved by " << at.dx << ", " << at.dy;
+            o.name = name.str();
+            expectExactCoverageUnderBothRules(o, rng, true, 600);
+        }
+    }
+    // Far below the float limit, yet an edge of slope 10 reaches it in y - slope * x.
+    expectExactCoverageUnderBothRules(
+        Outline("steep triangle").contour({{5.4e37f, 6e37f}, {1.8e37f, 1.5e37f}, {6e37f, 0}}), rng);
+}

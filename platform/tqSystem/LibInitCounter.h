@@ -20,6 +20,7 @@ public:
 
     int getCount() const { return mCount.load(); }
     const std::string& getName() const { return mName; }
+    bool getFlag() const { return mFlag; }
 
 private:
     std::string mName;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <memory_resource>
@@ -28,6 +29,7 @@ __extension__ typedef __int128 Int128;
 
 constexpr std::int64_t kGridSteps = std::int64_t(1) << 26;
 constexpr int kMaxSplitPasses = 64;
+constexpr std::int64_t kMaxWeight = std::int64_t(1) << 20;
 
 // A point of the integer grid. Sweep order: by y, then by x.
 struct GridPoint {
@@ -105,7 +107,7 @@ public:
         std::uint32_t right;
         std::uint32_t top;  // bounding vertices
         std::uint32_t bottom;
-        int winding;
+        std::int64_t winding;
         std::uint32_t region;  // union-find parent; the root names the region
     };
 
@@ -571,6 +573,10 @@ void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
         for (++i; i < mSegments.size() && mSegments[i].upper == merged.upper &&
                   mSegments[i].lower == merged.lower;
              ++i) {
+            // Weights only grow by merging; a sum this large means the splitting ran away.
+            if (std::abs(std::int64_t(merged.delta) + mSegments[i].delta) > kMaxWeight) {
+                fail();
+            }
             merged.delta += mSegments[i].delta;
         }
         if (merged.delta != 0) {
@@ -635,7 +641,7 @@ void TrapezoidRepresentation::sweep() {
     Status status(less, &pool);
     std::vector<Status::iterator> where(mSegments.size());
     std::vector<std::uint32_t> openTrapezoid(mSegments.size(), kNone);  // the gap right of each
-    std::vector<int> windingRight(mSegments.size(), 0);
+    std::vector<std::int64_t> windingRight(mSegments.size(), 0);
     const std::vector<std::uint32_t> order = sweepOrder();
     mTrapezoids.reserve(mSegments.size() * 3);
 
@@ -700,7 +706,7 @@ void TrapezoidRepresentation::sweep() {
         // Insert the segments that start here, left to right, and open the gaps they make.
         starting.assign(down.data() + downStart[v], down.data() + downStart[v + 1]);
         std::sort(starting.begin(), starting.end(), less);
-        int winding = pred != kNone ? windingRight[pred] : 0;
+        std::int64_t winding = pred != kNone ? windingRight[pred] : 0;
         std::uint32_t openedLeft = kNone;
         std::uint32_t openedRight = kNone;
         if (pred != kNone) {
@@ -739,7 +745,7 @@ float xAtHeight(const Wm4::Vector2f& P, const Wm4::Vector2f& Q, float y) {
     return std::isfinite(x) ? static_cast<float>(x) : P.X();
 }
 
-bool keeps(TriangulationFillRule rule, int winding) {
+bool keeps(TriangulationFillRule rule, std::int64_t winding) {
     switch (static_cast<int>(rule)) {
         case 0:
             return winding != 0;

@@ -52,10 +52,13 @@ bool strictlyInside(const GridPoint& a, const GridPoint& b, const GridPoint& p) 
     return along > 0 && along < length;
 }
 
-// Whether a point whose orientation against a-b is `side` lies within one grid step of the line.
-bool nearLine(const GridPoint& a, const GridPoint& b, std::int64_t side) {
-    const Int128 length2 = Int128(b.x - a.x) * (b.x - a.x) + Int128(b.y - a.y) * (b.y - a.y);
-    return Int128(side) * side <= length2;
+// Whether the line a-b passes through the pixel of a grid point (the unit square centred on it)
+// whose orientation against a-b is `side`: the centre's distance to the line is at most the
+// square's half-width in the direction of the line's normal.
+bool throughPixel(const GridPoint& a, const GridPoint& b, std::int64_t side) {
+    const std::int64_t dx = b.x - a.x, dy = b.y - a.y;
+    const Int128 twice = Int128(side < 0 ? -side : side) * 2;
+    return twice <= Int128(dx < 0 ? -dx : dx) + (dy < 0 ? -dy : dy);
 }
 
 // Rounds num / den to the nearest integer (halves away from zero); den != 0.
@@ -335,16 +338,16 @@ bool TrapezoidRepresentation::recordIntersection(
     };
     const std::int64_t d1 = orient(C, D, A), d2 = orient(C, D, B);
     const std::int64_t d3 = orient(A, B, C), d4 = orient(A, B, D);
-    // A vertex on a segment, or within one grid step of it, is a vertex of that segment: routing
-    // segments through the vertices they pass this close to is what keeps rounded crossing
-    // points from creating new crossings over and over.
-    if (nearLine(C, D, d1) && strictlyInside(C, D, A))
+    // A vertex whose pixel the segment passes through becomes a vertex of that segment (snap
+    // rounding): routing segments through the pixels they cross keeps rounded crossing points
+    // from creating new crossings over and over.
+    if (throughPixel(C, D, d1) && strictlyInside(C, D, A))
         cut(cuts, t, A, mVertices[e.upper].position);
-    if (nearLine(C, D, d2) && strictlyInside(C, D, B))
+    if (throughPixel(C, D, d2) && strictlyInside(C, D, B))
         cut(cuts, t, B, mVertices[e.lower].position);
-    if (nearLine(A, B, d3) && strictlyInside(A, B, C))
+    if (throughPixel(A, B, d3) && strictlyInside(A, B, C))
         cut(cuts, s, C, mVertices[f.upper].position);
-    if (nearLine(A, B, d4) && strictlyInside(A, B, D))
+    if (throughPixel(A, B, d4) && strictlyInside(A, B, D))
         cut(cuts, s, D, mVertices[f.lower].position);
     if (((d1 > 0 && d2 < 0) || (d1 < 0 && d2 > 0)) && ((d3 > 0 && d4 < 0) || (d3 < 0 && d4 > 0))) {
         const Int128 den = Int128(d1) - d2;

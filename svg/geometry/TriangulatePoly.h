@@ -10,15 +10,16 @@
 // integer grid of 2^26 steps across the larger side of their bounding box (finer than a float's
 // 24-bit mantissa at that scale, so distinct input points only merge when a float could barely
 // tell them apart). On the grid, orientation tests are exact in 64-bit integers and crossing
-// points exact in 128-bit before they are rounded to the nearest grid point. Snapping rule: a
-// segment passing within one grid step of a vertex is routed through it, so that rounded
-// crossing points cannot keep creating new crossings. Segments are split at every crossing,
-// T-junction and overlap (found by a sweep that tests the segments that become neighbours, then
-// by box tests for the few that left the sweep early) until only segments that meet at end
-// points remain; equal segments are merged into one with a summed winding weight, and a plane
-// sweep over the grid points builds the trapezoids, their winding numbers and their regions.
-// Output coordinates come from the original floats (crossing points from the float lines, a
-// vertical or horizontal side keeping its exact x or y), so triangles meet the input exactly.
+// points exact in 128-bit before they are rounded to the nearest grid point. Snapping rule (snap
+// rounding): a segment passing through the pixel of a vertex (the unit square centred on it) is
+// routed through that vertex, so that rounded crossing points cannot keep creating crossings.
+// Segments are split at every crossing, T-junction and overlap (found by a sweep that tests the
+// segments that become neighbours, then by box tests for the few that left the sweep early) until
+// only segments that meet at end points remain; equal segments are merged into one with a summed
+// winding weight, and a plane sweep over the grid points builds the trapezoids, their winding
+// numbers and their regions. Output coordinates come from the original floats (crossing points from
+// the float lines, a vertical or horizontal side keeping its exact x or y), so triangles meet the
+// input exactly.
 //
 // Cost: O((n + k) log n) for n segments and k crossings, in vectors and pooled tree nodes.
 #pragma once

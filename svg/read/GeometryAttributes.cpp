@@ -37,15 +37,7 @@ bool claimSlot(Loader& loader, std::size_t slot, std::string_view name) {
 // A slot-guarded number: the slot stays claimed when the value does not parse.
 R parseNumberInto(Loader& loader, std::size_t slot, std::string_view name, std::string_view value,
                   float& target) {
-    if (!claimSlot(loader, slot, name)) {
-        return R::Invalid;
-    }
-    float number = 0.0f;
-    if (!ParseSvgNumber(value, number)) {
-        return ReportFailedToParse(loader, name, value);
-    }
-    target = number;
-    return R::Handled;
+    return claimSlot(loader, slot, name) ? StoreNumber(loader, name, value, target) : R::Invalid;
 }
 
 // Adds instead of storing: the position of a text accumulates x and dx (y and dy), deliberately.
@@ -79,6 +71,16 @@ bool isSeparator(char32_t c) {
 }
 
 }  // namespace
+
+AttributeParseResult StoreNumber(Loader& loader, std::string_view name, std::string_view value,
+                                 float& target) {
+    float number = 0.0f;
+    if (!ParseSvgNumber(value, number)) {
+        return ReportFailedToParse(loader, name, value);
+    }
+    target = number;
+    return AttributeParseResult::Handled;
+}
 
 bool ParseNumberList(std::string_view name, std::string_view value, std::size_t minCount,
                      std::size_t maxCount, std::vector<float>& out,

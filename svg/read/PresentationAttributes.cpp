@@ -32,15 +32,7 @@ bool claim(Loader& loader, std::optional<T>& target, std::string_view name) {
 
 R parseNumber(Loader& loader, std::optional<float>& target, std::string_view name,
               std::string_view value) {
-    if (!claim(loader, target, name)) {
-        return R::Invalid;
-    }
-    float number = 0.0f;
-    if (!ParseSvgNumber(value, number)) {
-        return ReportFailedToParse(loader, name, value);
-    }
-    target = number;
-    return R::Handled;
+    return claim(loader, target, name) ? StoreNumber(loader, name, value, *target) : R::Invalid;
 }
 
 // The text is kept as written, even when it is no colour: it survives a load and a save.

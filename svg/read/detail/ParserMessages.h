@@ -25,4 +25,8 @@ inline AttributeParseResult ReportFailedToParse(Loader& loader, std::string_view
     return AttributeParseResult::Invalid;
 }
 
+// Converts the whole value into `target`, or reports "Failed to parse value ..." and leaves it.
+AttributeParseResult StoreNumber(Loader& loader, std::string_view name, std::string_view value,
+                                 float& target);
+
 }  // namespace tq::svg

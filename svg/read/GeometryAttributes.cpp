@@ -1,6 +1,7 @@
 // The per-tag attribute parsers: geometry and structure.
 #include <utf8.h>
 
+#include <algorithm>
 #include <string>
 
 #include <tqSystem/tqStringUtils.h>
@@ -51,19 +52,26 @@ R addNumberTo(Loader& loader, std::size_t slot, std::string_view name, std::stri
     return result;
 }
 
-struct NamedSlot {
-    std::string_view name;
-    std::size_t slot;
-};
-
+// The position of `name` in `names` (for the numeric attributes, their slot), or -1.
 template <std::size_t N>
-const NamedSlot* findSlot(const NamedSlot (&table)[N], std::string_view name) {
-    for (const auto& entry : table) {
-        if (entry.name == name) {
-            return &entry;
+int indexOf(const std::string_view (&names)[N], std::string_view name) {
+    for (std::size_t i = 0; i < N; ++i) {
+        if (names[i] == name) {
+            return static_cast<int>(i);
         }
     }
-    return nullptr;
+    return -1;
+}
+
+// An unprefixed attribute among `names` stored as a number into the target of its slot.
+template <std::size_t N>
+R parseSlottedNumber(Loader& loader, const std::string_view (&names)[N], float* const (&targets)[N],
+                     std::string_view name, std::string_view prefix, std::string_view value) {
+    const int slot = prefix.empty() ? indexOf(names, name) : -1;
+    if (slot < 0) {
+        return R::NotRecognised;
+    }
+    return parseNumberInto(loader, static_cast<std::size_t>(slot), name, value, *targets[slot]);
 }
 
 bool isSeparator(char32_t c) {
@@ -154,50 +162,37 @@ AttributeParseResult ParseGroupAttribute(Loader&, ItemInterface& item, std::stri
 
 AttributeParseResult ParseRectAttribute(Loader& loader, ItemInterface& item, std::string_view name,
                                         std::string_view prefix, std::string_view value) {
-    static constexpr NamedSlot kSlots[] = {{"x", 0},      {"y", 1},  {"width", 2},
-                                           {"height", 3}, {"rx", 4}, {"ry", 5}};
+    static constexpr std::string_view kNames[] = {"x", "y", "width", "height", "rx", "ry"};
     if (item.getType() != ItemType::Rect) {
         return R::Invalid;
     }
-    const NamedSlot* slot = prefix.empty() ? findSlot(kSlots, name) : nullptr;
-    if (slot == nullptr) {
-        return R::NotRecognised;
-    }
     auto& rect = static_cast<Rect&>(item);
-    float* targets[] = {&rect.position.X(), &rect.position.Y(), &rect.size.X(),
-                        &rect.size.Y(),     &rect.radius.X(),   &rect.radius.Y()};
-    return parseNumberInto(loader, slot->slot, name, value, *targets[slot->slot]);
+    float* const targets[] = {&rect.position.X(), &rect.position.Y(), &rect.size.X(),
+                              &rect.size.Y(),     &rect.radius.X(),   &rect.radius.Y()};
+    return parseSlottedNumber(loader, kNames, targets, name, prefix, value);
 }
 
 AttributeParseResult ParseLineAttribute(Loader& loader, ItemInterface& item, std::string_view name,
                                         std::string_view prefix, std::string_view value) {
-    static constexpr NamedSlot kSlots[] = {{"x1", 0}, {"x2", 1}, {"y1", 2}, {"y2", 3}};
+    static constexpr std::string_view kNames[] = {"x1", "x2", "y1", "y2"};
     if (item.getType() != ItemType::Line) {
         return R::Invalid;
     }
-    const NamedSlot* slot = prefix.empty() ? findSlot(kSlots, name) : nullptr;
-    if (slot == nullptr) {
-        return R::NotRecognised;
-    }
     auto& line = static_cast<Line&>(item);
-    float* targets[] = {&line.start.X(), &line.end.X(), &line.start.Y(), &line.end.Y()};
-    return parseNumberInto(loader, slot->slot, name, value, *targets[slot->slot]);
+    float* const targets[] = {&line.start.X(), &line.end.X(), &line.start.Y(), &line.end.Y()};
+    return parseSlottedNumber(loader, kNames, targets, name, prefix, value);
 }
 
 AttributeParseResult ParseCircleAttribute(Loader& loader, ItemInterface& item,
                                           std::string_view name, std::string_view prefix,
                                           std::string_view value) {
-    static constexpr NamedSlot kSlots[] = {{"r", 0}, {"cx", 1}, {"cy", 2}};
+    static constexpr std::string_view kNames[] = {"r", "cx", "cy"};
     if (item.getType() != ItemType::Circle) {
         return R::Invalid;
     }
-    const NamedSlot* slot = prefix.empty() ? findSlot(kSlots, name) : nullptr;
-    if (slot == nullptr) {
-        return R::NotRecognised;
-    }
     auto& circle = static_cast<Circle&>(item);
-    float* targets[] = {&circle.radius, &circle.center.X(), &circle.center.Y()};
-    return parseNumberInto(loader, slot->slot, name, value, *targets[slot->slot]);
+    float* const targets[] = {&circle.radius, &circle.center.X(), &circle.center.Y()};
+    return parseSlottedNumber(loader, kNames, targets, name, prefix, value);
 }
 
 AttributeParseResult ParsePathAttribute(Loader& loader, ItemInterface& item, std::string_view name,
@@ -222,7 +217,7 @@ AttributeParseResult ParsePathAttribute(Loader& loader, ItemInterface& item, std
 
 AttributeParseResult ParseImageAttribute(Loader& loader, ItemInterface& item, std::string_view name,
                                          std::string_view prefix, std::string_view value) {
-    static constexpr NamedSlot kSlots[] = {{"x", 0}, {"y", 1}, {"width", 2}, {"height", 3}};
+    static constexpr std::string_view kNames[] = {"x", "y", "width", "height"};
     static constexpr std::string_view kAlignments[] = {
         "none",     "xMinYMin", "xMidYMin", "xMaxYMin", "xMinYMid",
         "xMidYMid", "xMaxYMid", "xMinYMax", "xMidYMax", "xMaxYMax"};
@@ -233,10 +228,10 @@ AttributeParseResult ParseImageAttribute(Loader& loader, ItemInterface& item, st
         return R::NotRecognised;
     }
     auto& image = static_cast<Image&>(item);
-    if (const NamedSlot* slot = findSlot(kSlots, name)) {
-        float* targets[] = {&image.position.X(), &image.position.Y(), &image.size.X(),
-                            &image.size.Y()};
-        return parseNumberInto(loader, slot->slot, name, value, *targets[slot->slot]);
+    if (indexOf(kNames, name) >= 0) {
+        float* const targets[] = {&image.position.X(), &image.position.Y(), &image.size.X(),
+                                  &image.size.Y()};
+        return parseSlottedNumber(loader, kNames, targets, name, prefix, value);
     }
     if (name == "href") {
         // An empty href does not count as given: a second one is then accepted.
@@ -250,21 +245,16 @@ AttributeParseResult ParseImageAttribute(Loader& loader, ItemInterface& item, st
         if (image.preserveAspectRatio) {
             return ReportSpecifiedTwice(loader, name);
         }
-        image.preserveAspectRatio = AspectRatioAlign::None;
-        for (std::size_t i = 0; i < std::size(kAlignments); ++i) {
-            if (value == kAlignments[i]) {
-                image.preserveAspectRatio = static_cast<AspectRatioAlign>(i);
-                return R::Handled;
-            }
-        }
-        return ReportFailedToParse(loader, name, value);
+        const int alignment = indexOf(kAlignments, value);
+        image.preserveAspectRatio = static_cast<AspectRatioAlign>(std::max(alignment, 0));
+        return alignment >= 0 ? R::Handled : ReportFailedToParse(loader, name, value);
     }
     return R::NotRecognised;
 }
 
 AttributeParseResult ParseTextAttribute(Loader& loader, ItemInterface& item, std::string_view name,
                                         std::string_view prefix, std::string_view value) {
-    static constexpr NamedSlot kPosition[] = {{"x", 0}, {"y", 1}, {"dx", 2}, {"dy", 3}};
+    static constexpr std::string_view kPosition[] = {"x", "y", "dx", "dy"};
     if (item.getType() != ItemType::Text) {
         return R::Invalid;
     }
@@ -276,9 +266,9 @@ AttributeParseResult ParseTextAttribute(Loader& loader, ItemInterface& item, std
         }
         return R::NotRecognised;
     }
-    if (const NamedSlot* slot = findSlot(kPosition, name)) {
-        float& axis = slot->slot % 2 == 0 ? text.position.X() : text.position.Y();
-        return addNumberTo(loader, slot->slot, name, value, axis);
+    if (const int slot = indexOf(kPosition, name); slot >= 0) {
+        float& axis = slot % 2 == 0 ? text.position.X() : text.position.Y();
+        return addNumberTo(loader, static_cast<std::size_t>(slot), name, value, axis);
     }
     if (name == "font-size") {
         if (!claimSlot(loader, 4, name)) {

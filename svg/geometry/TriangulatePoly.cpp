@@ -11,6 +11,7 @@
 #include <set>
 #include <stdexcept>
 #include <unordered_map>
+#include <utility>
 
 namespace tq {
 
@@ -71,6 +72,40 @@ std::int64_t roundedQuotient(Int128 num, Int128 den) {
     return static_cast<std::int64_t>(num >= 0 ? (num + half) / den : -((-num + half) / den));
 }
 
+// Sorts `items` by an unsigned key of `bits` bits, stably, in passes of 11 bits. Vertex and
+// segment lists from outlines are full of runs and mirrored runs, on which std::sort falls back
+// to heap sort; a radix sort costs the same on every input.
+template <class T, class Key>
+void radixSort(std::vector<T>& items, int bits, Key key) {
+    constexpr int kDigit = 11;
+    constexpr std::size_t kBuckets = std::size_t(1) << kDigit;
+    std::vector<T> scratch(items.size());
+    std::vector<std::size_t> count(kBuckets);
+    for (int shift = 0; shift < bits; shift += kDigit) {
+        std::fill(count.begin(), count.end(), 0);
+        for (const T& item : items) {
+            ++count[(key(item) >> shift) & (kBuckets - 1)];
+        }
+        std::size_t sum = 0;
+        for (std::size_t& c : count) {
+            sum += std::exchange(c, sum);
+        }
+        for (const T& item : items) {
+            scratch[count[(key(item) >> shift) & (kBuckets - 1)]++] = item;
+        }
+        items.swap(scratch);
+    }
+}
+
+// The number of bits needed for values up to `max`.
+int bitsFor(std::uint64_t max) {
+    int bits = 1;
+    while (bits < 64 && (max >> bits) != 0) {
+        ++bits;
+    }
+    return bits;
+}
+
 // Where the lines through a-b and c-d cross, from the float coordinates (so that a crossing on a
 // vertical or horizontal segment keeps that segment's x or y exactly); `fallback` when the
 // lines are too close to parallel for a finite answer.
@@ -127,6 +162,8 @@ private:
     };
 
     std::uint32_t addPoint(const GridPoint& grid, const Wm4::Vector2f& position);
+    std::vector<std::uint32_t> addOutlineVertices(const std::vector<Wm4::Vector2f>& points,
+                                                  const std::vector<unsigned int>& indices);
     GridPoint toGrid(const Wm4::Vector2f& p) const;
     Wm4::Vector2f fromGrid(const GridPoint& g) const;
     struct Incidence;
@@ -142,9 +179,12 @@ private:
     std::uint32_t findRegion(std::uint32_t t);
     void joinRegions(std::uint32_t a, std::uint32_t b);
 
+    // The outline's own vertices come first, numbered in sweep order with their keys in
+    // mSortedKeys; vertices added by splitting and the frame follow, found through mAddedAt.
     std::vector<Vertex> mVertices;
-    std::pmr::monotonic_buffer_resource mVertexArena;  // the nodes of mVertexAt
-    std::pmr::unordered_map<std::uint64_t, std::uint32_t> mVertexAt{&mVertexArena};
+    std::vector<std::uint64_t> mSortedKeys;
+    std::pmr::monotonic_buffer_resource mVertexArena;  // the nodes of mAddedAt
+    std::pmr::unordered_map<std::uint64_t, std::uint32_t> mAddedAt{&mVertexArena};
     std::vector<Segment> mSegments;
     std::vector<Trapezoid> mTrapezoids;
     double mMinX = 0, mMinY = 0, mScale = 1;
@@ -152,18 +192,69 @@ private:
     struct SegmentOrder;
 };
 
+namespace {
+
+// Grid coordinates lie in [-1, 2^26 + 1]: offset, they fit 32 bits each, and the keys sort in
+// sweep order (y, then x).
+std::uint64_t keyOf(const GridPoint& g) {
+    return (static_cast<std::uint64_t>(g.y + 2) << 32) | static_cast<std::uint64_t>(g.x + 2);
+}
+
+GridPoint gridOf(std::uint64_t key) {
+    return {static_cast<std::int64_t>(key & 0xffffffffu) - 2,
+            static_cast<std::int64_t>(key >> 32) - 2};
+}
+
+}  // namespace
+
+// The vertex at a grid point, made when there is none yet.
 std::uint32_t TrapezoidRepresentation::addPoint(const GridPoint& grid,
                                                 const Wm4::Vector2f& position) {
-    const std::uint64_t key =
-        (static_cast<std::uint64_t>(grid.x + 2) << 32) | static_cast<std::uint64_t>(grid.y + 2);
-    const auto found = mVertexAt.find(key);
-    if (found != mVertexAt.end()) {
+    const std::uint64_t key = keyOf(grid);
+    const auto sorted = std::lower_bound(mSortedKeys.begin(), mSortedKeys.end(), key);
+    if (sorted != mSortedKeys.end() && *sorted == key) {
+        return static_cast<std::uint32_t>(sorted - mSortedKeys.begin());
+    }
+    const auto found = mAddedAt.find(key);
+    if (found != mAddedAt.end()) {
         return found->second;
     }
     const auto id = static_cast<std::uint32_t>(mVertices.size());
     mVertices.push_back({grid, position});
-    mVertexAt.emplace(key, id);
+    mAddedAt.emplace(key, id);
     return id;
+}
+
+// The outline's vertices: one per grid point, numbered in sweep order, each at the position of
+// the first index that falls on it. Sorting keys beats hashing here and leaves the sweep order
+// ready-made.
+std::vector<std::uint32_t> TrapezoidRepresentation::addOutlineVertices(
+    const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices) {
+    struct End {
+        std::uint64_t key;
+        std::uint32_t at;  // position in `indices`
+    };
+    std::vector<End> ends(indices.size());
+    for (std::size_t i = 0; i < indices.size(); ++i) {
+        ends[i] = {keyOf(toGrid(points[indices[i]])), static_cast<std::uint32_t>(i)};
+    }
+    std::uint64_t maxKey = 0;
+    for (const End& end : ends) {
+        maxKey = std::max(maxKey, end.key);
+    }
+    // Stable: among equal keys the first index stays first.
+    radixSort(ends, bitsFor(maxKey), [](const End& end) { return end.key; });
+    std::vector<std::uint32_t> vertexOf(indices.size());
+    mVertices.reserve(ends.size() / 2 + 8);
+    mSortedKeys.reserve(ends.size() / 2 + 8);
+    for (const End& end : ends) {
+        if (mSortedKeys.empty() || mSortedKeys.back() != end.key) {
+            mVertices.push_back({gridOf(end.key), points[indices[end.at]]});
+            mSortedKeys.push_back(end.key);
+        }
+        vertexOf[end.at] = static_cast<std::uint32_t>(mVertices.size() - 1);
+    }
+    return vertexOf;
 }
 
 GridPoint TrapezoidRepresentation::toGrid(const Wm4::Vector2f& p) const {
@@ -201,13 +292,12 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
     mMinY = minY;
     mScale = extent > 0 ? double(kGridSteps) / extent : 1.0;
 
+    const std::vector<std::uint32_t> vertexOf = addOutlineVertices(points, indices);
     std::vector<Edge> edges;
     edges.reserve(indices.size() / 2);
     for (std::size_t i = 0; i + 1 < indices.size(); i += 2) {
-        const Wm4::Vector2f& p = points[indices[i]];
-        const Wm4::Vector2f& q = points[indices[i + 1]];
-        const std::uint32_t a = addPoint(toGrid(p), p);
-        const std::uint32_t b = addPoint(toGrid(q), q);
+        const std::uint32_t a = vertexOf[i];
+        const std::uint32_t b = vertexOf[i + 1];
         // A segment whose ends fall on one vertex encloses nothing: with or without the option
         // it changes no winding number, so it never reaches the sweep.
         (void)skipDegenerate;
@@ -307,12 +397,19 @@ TrapezoidRepresentation::Incidence TrapezoidRepresentation::incidence() const {
     return in;
 }
 
+// The outline's vertices are numbered in order already; only the added ones are sorted and
+// merged in.
 std::vector<std::uint32_t> TrapezoidRepresentation::sweepOrder() const {
+    const auto sorted = static_cast<std::uint32_t>(mSortedKeys.size());
     std::vector<std::uint32_t> order(mVertices.size());
     std::iota(order.begin(), order.end(), 0u);
-    std::sort(order.begin(), order.end(), [&](std::uint32_t l, std::uint32_t r) {
-        return mVertices[l].grid < mVertices[r].grid;
-    });
+    if (order.size() > sorted) {
+        const auto before = [this](std::uint32_t l, std::uint32_t r) {
+            return mVertices[l].grid < mVertices[r].grid;
+        };
+        std::sort(order.begin() + sorted, order.end(), before);
+        std::inplace_merge(order.begin(), order.begin() + sorted, order.end(), before);
+    }
     return order;
 }
 
@@ -567,8 +664,9 @@ void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
                 {downward ? e.a : e.b, downward ? e.b : e.a, downward ? e.weight : -e.weight});
         }
     }
-    std::sort(mSegments.begin(), mSegments.end(), [](const Segment& l, const Segment& r) {
-        return l.upper < r.upper || (l.upper == r.upper && l.lower < r.lower);
+    const int idBits = bitsFor(mVertices.size());
+    radixSort(mSegments, 2 * idBits, [idBits](const Segment& seg) {
+        return (std::uint64_t(seg.upper) << idBits) | seg.lower;
     });
     std::size_t kept = 0;
     for (std::size_t i = 0; i < mSegments.size();) {
@@ -767,18 +865,28 @@ bool keeps(TriangulationFillRule rule, std::int64_t winding) {
 void TrapezoidRepresentation::emit(TriangulationFillRule rule,
                                    std::vector<Wm4::Vector2f>& outPoints,
                                    std::vector<unsigned int>& outIndices) {
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> byRegion;  // (region, trapezoid)
-    byRegion.reserve(mTrapezoids.size());
-    for (std::uint32_t t = 0; t < mTrapezoids.size(); ++t) {
+    // Grouped by region with a counting sort. A region is named by its smallest trapezoid, so
+    // the groups come in the order of their first trapezoids, each in trapezoid order.
+    const auto count = static_cast<std::uint32_t>(mTrapezoids.size());
+    std::vector<std::uint32_t> regionOf(count, kNone);
+    std::vector<std::uint32_t> start(std::size_t(count) + 1, 0);
+    for (std::uint32_t t = 0; t < count; ++t) {
         if (mTrapezoids[t].bottom != kNone) {
-            byRegion.emplace_back(findRegion(t), t);
+            regionOf[t] = findRegion(t);
+            ++start[regionOf[t] + 1];
         }
     }
-    std::sort(byRegion.begin(), byRegion.end());
+    std::partial_sum(start.begin(), start.end(), start.begin());
+    std::vector<std::uint32_t> byRegion(start.back());
+    for (std::uint32_t t = 0; t < count; ++t) {
+        if (regionOf[t] != kNone) {
+            byRegion[start[regionOf[t]]++] = t;
+        }
+    }
     bool kept = false;
     for (std::size_t i = 0; i < byRegion.size(); ++i) {
-        const Trapezoid& trapezoid = mTrapezoids[byRegion[i].second];
-        if (i == 0 || byRegion[i].first != byRegion[i - 1].first) {
+        const Trapezoid& trapezoid = mTrapezoids[byRegion[i]];
+        if (i == 0 || regionOf[byRegion[i]] != regionOf[byRegion[i - 1]]) {
             kept = keeps(rule, trapezoid.winding);
         }
         if (!kept) {

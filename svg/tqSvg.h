@@ -50,7 +50,12 @@
 #include "svg/path/PathVisitorStrToTokens.h"
 
 // Geometry.
+#include "svg/geometry/CleanupContour.h"
 #include "svg/geometry/ComputeEstimatedBoundingBox.h"
+#include "svg/geometry/SegmentShapes.h"
+#include "svg/geometry/SegmentationUtils.h"
+#include "svg/geometry/SegmentedPrimitive.h"
+#include "svg/geometry/SegmenterVisitor.h"
 #include "svg/geometry/TransformPoint.h"
 #include "svg/geometry/TriangulatePoly.h"
 #include "svg/geometry/VisitorBase.h"

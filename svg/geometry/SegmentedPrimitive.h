@@ -1,0 +1,31 @@
+// Flat geometry of one drawable item: an outline of line segments and, when filled, triangles.
+#pragma once
+
+#include <vector>
+
+#include <Wm4Foundation/Wm4Matrix3.h>
+#include <Wm4Foundation/Wm4Vector2.h>
+
+#include "svg/model/RenderingProperties.h"
+#include "svg/tqSvgExport.h"
+
+namespace tq::svg {
+
+struct TQSVG_EXPORT SegmentedPrimitive {
+    // Builds a primitive from an outline given as index pairs. When the shape is filled (null
+    // properties count as filled) the outline is cleaned up and triangulated under the non-zero
+    // rule; a failure keeps the outline, logs once and sets `error`. Points of both arrays are
+    // mapped by `transform` when it is given. `properties` stay default: callers assign them.
+    static SegmentedPrimitive FromContour(std::vector<Wm4::Vector2f>&& points,
+                                          std::vector<unsigned int>&& indices,
+                                          const Wm4::Matrix3f* transform,
+                                          const RenderingProperties* properties, bool* error);
+
+    std::vector<Wm4::Vector2f> points;          // outline points, final coordinates
+    std::vector<unsigned int> indices;          // outline segments: pairs into `points`
+    std::vector<Wm4::Vector2f> trianglePoints;  // fill points, final coordinates
+    std::vector<unsigned int> triangleIndices;  // fill triangles: triples into `trianglePoints`
+    RenderingProperties properties;             // cascaded properties of the item
+};
+
+}  // namespace tq::svg

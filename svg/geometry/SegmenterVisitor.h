@@ -1,0 +1,44 @@
+// A whole item tree into outlines and fill triangles.
+#pragma once
+
+#include <list>
+#include <memory>
+
+#include "svg/geometry/SegmentationUtils.h"
+#include "svg/geometry/SegmentedPrimitive.h"
+#include "svg/geometry/VisitorBase.h"
+#include "svg/model/Node.h"
+
+namespace tq::svg {
+
+// Segments every line, rectangle, circle and path under `root` (root included) at construction,
+// in traversal order, with the composed transforms and cascaded properties: circles with 32
+// sides, path curves with at most 32 points each (cubics refined until the chord reaches 99.9 %
+// of the control polygon), arcs in 32 steps.
+//
+// A filled shape that cannot be triangulated keeps its outline, gets a stroke in its fill paint
+// (non-scaling) when it had none, and sets the error flag; the items after it are deliberately
+// not segmented, so a host sees at once where the trouble begins. Several visitors may segment
+// one tree at once, each with its own workspace.
+class TQSVG_EXPORT SegmenterVisitor : public VisitorBase<const ItemInterface> {
+public:
+    using PrimitiveList = std::list<std::shared_ptr<SegmentedPrimitive>>;
+
+    explicit SegmenterVisitor(const Node& root);
+    ~SegmenterVisitor() override;
+
+    // Segments one item and appends its primitive; false when it could not be filled.
+    bool segmentObject(const ItemInterface& item, const Wm4::Matrix3f& transform,
+                       const RenderingProperties& properties);
+
+    // The primitives in traversal order; the caller may take them.
+    PrimitiveList& getSegmentedPrimitives() { return mPrimitives; }
+    bool hasError() const { return mError; }
+
+private:
+    SegmentationUtils::BezierSegmentationWorkspace mWorkspace;
+    PrimitiveList mPrimitives;
+    bool mError = false;
+};
+
+}  // namespace tq::svg

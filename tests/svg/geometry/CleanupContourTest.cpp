@@ -1,0 +1,199 @@
+#include "svg/geometry/CleanupContour.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using tq::CleanupContour;
+using Wm4::Vector2f;
+
+namespace {
+
+using Points = std::vector<Vector2f>;
+using Indices = std::vector<unsigned int>;
+
+// The clean-up carried out literally: every replacement rewrites the whole array and every
+// dropped pair is erased in place. Quadratic, but obviously what is meant; the library's
+// version must give the same indices.
+void ReferenceCleanup(Points& points, Indices& indices) {
+    if (indices.empty() || points.empty() || indices.size() % 2 != 0) {
+        return;
+    }
+    const Points original = points;
+    if (points.size() >= 2) {
+        float minX = points[0].X(), maxX = minX, minY = points[0].Y(), maxY = minY;
+        for (const Vector2f& p : points) {
+            minX = std::min(minX, p.X());
+            maxX = std::max(maxX, p.X());
+            minY = std::min(minY, p.Y());
+            maxY = std::max(maxY, p.Y());
+        }
+        const float sx = 1.0f / (maxX - minX), sy = 1.0f / (maxY - minY);
+        for (Vector2f& p : points) {
+            p = Vector2f((p.X() - minX) * sx, (p.Y() - minY) * sy);
+        }
+    }
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    auto at = [&](unsigned int i) { return i < points.size() ? points[i] : Vector2f(nan, nan); };
+    auto close = [](Vector2f a, Vector2f b) {
+        return std::fabs(b.X() - a.X()) < 0.001f && std::fabs(b.Y() - a.Y()) < 0.001f;
+    };
+    std::size_t i = 0, j = indices.size();
+    while (i < indices.size()) {
+        const unsigned int a = indices[i], b = indices[i + 1];
+        const Vector2f pa = at(a), pb = at(b);
+        if (close(pa, pb)) {
+            std::replace(indices.begin(), indices.end(), b, a);
+            indices.erase(indices.begin() + i, indices.begin() + i + 2);
+            continue;
+        }
+        if (j < indices.size() && indices[j + 1] == a) {
+            const Vector2f p = at(indices[j]);
+            const float cross =
+                (pa.X() - p.X()) * (pb.Y() - pa.Y()) - (pa.Y() - p.Y()) * (pb.X() - pa.X());
+            if (std::fabs(cross) < 1.0000001e-6f) {
+                std::replace(indices.begin(), indices.end(), a, b);
+                indices.erase(indices.begin() + i, indices.begin() + i + 2);
+                continue;
+            }
+        }
+        j = i;
+        i += 2;
+    }
+    if (!indices.empty() && close(at(indices.front()), at(indices.back()))) {
+        indices.back() = indices.front();
+    }
+    points = original;
+}
+
+bool sameBits(const Points& a, const Points& b) {
+    return a.size() == b.size() &&
+           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Vector2f)) == 0);
+}
+
+// A closed polygon of n points on a circle, segments i -> i + 1.
+void circle(std::size_t n, Points& points, Indices& indices) {
+    for (std::size_t i = 0; i < n; ++i) {
+        const double angle = 2 * 3.14159265358979 * double(i) / double(n);
+        points.emplace_back(float(100 * std::cos(angle)), float(100 * std::sin(angle)));
+        indices.push_back(unsigned(i));
+        indices.push_back(unsigned((i + 1) % n));
+    }
+}
+
+}  // namespace
+
+TEST(CleanupContour, Cases) {
+    struct Case {
+        const char* name;
+        Points points;
+        Indices indices;
+        Indices expected;
+    };
+    const Points square = {{0, 0}, {1, 0}, {2, 0}, {2, 2}, {0, 2}};
+    const std::vector<Case> cases = {
+        {"odd index count", square, {0, 1, 1, 2, 2}, {0, 1, 1, 2, 2}},
+        {"no points", {}, {0, 1}, {0, 1}},
+        {"point in the middle of an edge",
+         square,
+         {0, 1, 1, 2, 2, 3, 3, 4, 4, 0},
+         {0, 2, 2, 3, 3, 4, 4, 0}},
+        {"doubling back is merged too", {{0, 0}, {2, 0}, {1, 0}, {0, 2}}, {0, 1, 1, 2}, {0, 2}},
+        {"cross product of 1e-6 still counts as collinear",
+         {{0, 0}, {0.5f, 0}, {1, 2 * 1e-6f}, {0, 1}},
+         {0, 1, 1, 2},
+         {0, 2}},
+        {"short segment: neighbours join at its start",
+         {{0, 0}, {10, 0}, {10, 0.005f}, {10, 10}, {0, 10}},
+         {0, 1, 1, 2, 2, 3, 3, 4, 4, 0},
+         {0, 1, 1, 3, 3, 4, 4, 0}},
+        {"a dropped end is replaced in passed pairs and other contours",
+         {{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 4.001f}},
+         {0, 1, 1, 4, 4, 0, 3, 4, 2, 3},
+         {0, 1, 1, 3, 3, 0, 2, 3}},
+        {"last point lands near the first",
+         {{0, 0}, {1, 0}, {1, 1}, {0.0005f, 0.0002f}},
+         {0, 1, 1, 2, 2, 3},
+         {0, 1, 1, 2, 2, 0}},
+        {"zero-width box (NaN after normalising): nothing is decided",
+         {{1, 0}, {1, 1}, {1, 2}, {1, 2.0001f}},
+         {0, 1, 1, 2, 2, 3, 3, 0},
+         {0, 1, 1, 2, 2, 3, 3, 0}},
+        {"a lone point is not normalised: its segments are short", {{5, 5}}, {0, 0, 0, 0}, {}},
+        {"index beyond the points decides nothing", square, {0, 1, 1, 9, 9, 2}, {0, 1, 1, 9, 9, 2}},
+    };
+    for (const Case& c : cases) {
+        Points points = c.points;
+        Indices indices = c.indices;
+        CleanupContour(points, indices);
+        EXPECT_EQ(indices, c.expected) << c.name;
+        EXPECT_TRUE(sameBits(points, c.points)) << c.name;
+    }
+}
+
+// Small point sets on a coarse grid, with near-duplicates, so that short segments, collinear
+// runs, doubling back, shared vertices across contours and degenerate boxes are all common.
+TEST(CleanupContour, MatchesTheLiteralWalkOnRandomOutlines) {
+    std::mt19937 random(20240611);
+    auto uniform = [&](int n) { return int(random() % unsigned(n)); };
+    for (int round = 0; round < 20000; ++round) {
+        Points points;
+        const int pointCount = 1 + uniform(12);
+        const int grid = 1 + uniform(4);
+        for (int k = 0; k < pointCount; ++k) {
+            Vector2f p(float(uniform(grid + 1)), float(uniform(grid + 1)));
+            if (uniform(5) == 0) {
+                p += Vector2f(float(uniform(3) - 1), float(uniform(3) - 1)) * 0.0004f;
+            }
+            points.push_back(p);
+        }
+        Indices indices;
+        unsigned int last = unsigned(uniform(pointCount));
+        const int segments = uniform(16);
+        for (int k = 0; k < segments; ++k) {
+            if (uniform(4) == 0) {
+                last = unsigned(uniform(pointCount + 1));  // a new run, maybe out of range
+            }
+            const unsigned int next = unsigned(uniform(pointCount));
+            indices.insert(indices.end(), {last, next});
+            last = next;
+        }
+        Points expectedPoints = points, actualPoints = points;
+        Indices expected = indices, actual = indices;
+        ReferenceCleanup(expectedPoints, expected);
+        CleanupContour(actualPoints, actual);
+        ASSERT_EQ(actual, expected) << "round " << round;
+        ASSERT_TRUE(sameBits(actualPoints, points)) << "round " << round;
+    }
+}
+
+// Finely flattened circles: almost every segment is short or continues its predecessor, so
+// nearly every pair leads to a replacement, which the literal walk pays for with a pass over the
+// whole array each time.
+TEST(CleanupContour, FlattenedCircles) {
+    Points points;
+    Indices indices;
+    circle(4000, points, indices);
+    Points referencePoints = points;
+    Indices expected = indices;
+    ReferenceCleanup(referencePoints, expected);
+    CleanupContour(points, indices);
+    EXPECT_EQ(indices, expected);
+
+    points.clear();
+    indices.clear();
+    circle(1000000, points, indices);
+    CleanupContour(points, indices);
+    // Still one closed chain, of segments no shorter than 0.1 % of the circle's 200 units.
+    ASSERT_GE(indices.size(), 6u);
+    for (std::size_t k = 0; k < indices.size(); k += 2) {
+        EXPECT_EQ(indices[k + 1], indices[(k + 2) % indices.size()]) << k;
+        const Vector2f d = points[indices[k + 1]] - points[indices[k]];
+        EXPECT_GE(std::max(std::fabs(d.X()), std::fabs(d.Y())), 0.199f) << k;
+    }
+}

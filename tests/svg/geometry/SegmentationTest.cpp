@@ -1,0 +1,308 @@
+#include "svg/tqSvg.h"
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+using namespace tq::svg;
+using Wm4::Matrix3f;
+using Wm4::Vector2f;
+
+namespace {
+
+// Sum of the triangles' signed areas, made positive per triangle: the covered area when the
+// triangles do not overlap.
+double trianglesArea(const SegmentedPrimitive& p) {
+    double area = 0;
+    for (std::size_t i = 0; i + 2 < p.triangleIndices.size(); i += 3) {
+        const Vector2f& a = p.trianglePoints[p.triangleIndices[i]];
+        const Vector2f& b = p.trianglePoints[p.triangleIndices[i + 1]];
+        const Vector2f& c = p.trianglePoints[p.triangleIndices[i + 2]];
+        area += std::fabs((double(b.X()) - a.X()) * (double(c.Y()) - a.Y()) -
+                          (double(b.Y()) - a.Y()) * (double(c.X()) - a.X())) /
+                2;
+    }
+    return area;
+}
+
+std::shared_ptr<Path> pathOf(const std::string& d) {
+    auto path = std::make_shared<Path>();
+    std::string error;
+    EXPECT_TRUE(ConvertPathStringToCommands(d, path->commands, &error)) << d << ": " << error;
+    return path;
+}
+
+RenderingProperties unfilled() {
+    RenderingProperties p;
+    p.fill = "none";
+    p.stroke = "black";
+    return p;
+}
+
+}  // namespace
+
+TEST(SegmentShapes, RectangleAndCircleOutlinesAndFills) {
+    Rect rect(Vector2f(1, 2), Vector2f(4, 3));
+    rect.radius = Vector2f(1, 1);  // not drawn
+    bool error = true;
+    const auto r = SegmentRect(rect, nullptr, nullptr, &error);
+    EXPECT_FALSE(error);
+    EXPECT_EQ(r->points, (std::vector<Vector2f>{{1, 2}, {5, 2}, {5, 5}, {1, 5}}));
+    EXPECT_EQ(r->indices, (std::vector<unsigned int>{0, 1, 1, 2, 2, 3, 3, 0}));
+    EXPECT_DOUBLE_EQ(trianglesArea(*r), 12);
+
+    const auto triangle =
+        SegmentCircle(Circle(Vector2f(0, 0), 2), 3, 0.1f, nullptr, nullptr, &error);
+    EXPECT_EQ(triangle->points.size(), 3u);
+    EXPECT_EQ(triangle->indices, (std::vector<unsigned int>{0, 1, 1, 2, 2, 0}));
+    EXPECT_EQ(triangle->points[0], Vector2f(2, 0));
+    EXPECT_NEAR(trianglesArea(*triangle), 3 * std::sqrt(3.0), 1e-5);
+
+    const auto circle =
+        SegmentCircle(Circle(Vector2f(0, 0), 1), 32, 1000.0f, nullptr, nullptr, &error);
+    EXPECT_EQ(circle->points.size(), 32u);  // the tolerance changes nothing
+    EXPECT_NEAR(trianglesArea(*circle), 16 * std::sin(2 * M_PI / 32), 1e-5);
+
+    const auto none = SegmentCircle(Circle(Vector2f(0, 0), 1), 0, 0.1f, nullptr, nullptr, &error);
+    EXPECT_TRUE(none->points.empty());
+    EXPECT_FALSE(error);
+}
+
+TEST(SegmentShapes, TransformMovesOutlineAndTriangles) {
+    const Matrix3f shift(1, 0, 100, 0, 1, -50, 0, 0, 1);
+    const auto plain = SegmentRect(Rect(Vector2f(0, 0), Vector2f(2, 2)), nullptr, nullptr, nullptr);
+    const auto moved = SegmentRect(Rect(Vector2f(0, 0), Vector2f(2, 2)), &shift, nullptr, nullptr);
+    ASSERT_EQ(plain->trianglePoints.size(), moved->trianglePoints.size());
+    ASSERT_FALSE(moved->trianglePoints.empty());
+    for (std::size_t i = 0; i < plain->points.size(); ++i) {
+        EXPECT_EQ(moved->points[i], plain->points[i] + Vector2f(100, -50));
+    }
+    for (std::size_t i = 0; i < plain->trianglePoints.size(); ++i) {
+        EXPECT_EQ(moved->trianglePoints[i], plain->trianglePoints[i] + Vector2f(100, -50));
+    }
+
+    const auto line = SegmentLine(Line(Vector2f(1, 1), Vector2f(2, 3)), &shift, nullptr);
+    EXPECT_EQ(line->points, (std::vector<Vector2f>{{101, -49}, {102, -47}}));
+    EXPECT_EQ(line->indices, (std::vector<unsigned int>{0, 1}));
+    EXPECT_TRUE(line->trianglePoints.empty());
+}
+
+TEST(SegmentShapes, UnfilledShapesAreNeverTriangulated) {
+    const RenderingProperties props = unfilled();
+    bool error = true;
+    // A bow tie that crosses itself and an outline with an odd index count: no error unfilled.
+    const auto bowTie = SegmentPath(*pathOf("M0 0 L10 10 L10 0 L0 10 Z"), 32, -0.999f, nullptr,
+                                    &props, nullptr, &error);
+    EXPECT_FALSE(error);
+    EXPECT_TRUE(bowTie->trianglePoints.empty());
+    EXPECT_EQ(bowTie->indices.size(), 8u);
+
+    auto odd = SegmentedPrimitive::FromContour({{0, 0}, {1, 0}, {1, 1}}, {0, 1, 2}, nullptr, &props,
+                                               &error);
+    EXPECT_FALSE(error);
+    odd = SegmentedPrimitive::FromContour({{0, 0}, {1, 0}, {1, 1}}, {0, 1, 2}, nullptr, nullptr,
+                                          &error);
+    EXPECT_TRUE(error);
+    EXPECT_TRUE(odd.triangleIndices.empty());
+    EXPECT_EQ(odd.indices.size(), 3u);
+}
+
+TEST(SegmentPath, FilledShapeWithHoleCoversTheRingOnly) {
+    bool error = true;
+    // Outer square wound one way, inner square the other way.
+    const auto ring = SegmentPath(*pathOf("M0 0 H10 V10 H0 Z M3 3 V7 H7 V3 Z"), 32, -0.999f,
+                                  nullptr, nullptr, nullptr, &error);
+    EXPECT_FALSE(error);
+    EXPECT_DOUBLE_EQ(trianglesArea(*ring), 100 - 16);
+}
+
+TEST(SegmentPath, PiecesBecomeChainedRuns) {
+    struct Case {
+        const char* d;
+        std::size_t points;
+        std::size_t segments;
+    };
+    const Case cases[] = {
+        {"M0 0 L1 0 L1 1", 3, 2},
+        {"M0 0 L1 0 M5 5 L6 5", 4, 2},
+        // 32 arc steps after a line: the arc adds 32 points, the first a copy of (1, 0).
+        {"M0 0 L1 0 A1 1 0 0 1 3 0", 2 + 32, 1 + 32},
+        // An arc with a radius below 0.01 is a straight segment.
+        {"M0 0 A0.005 4 0 0 1 3 0", 2, 1},
+        // An arc between equal points moves the last point only.
+        {"M0 0 L1 0 A1 1 0 0 1 1 0", 2, 1},
+        {"M0 0 A1 1 0 0 1 0 0", 1, 0},
+        // A straight cubic gives its start, middle and end.
+        {"M0 0 C1 0 2 0 3 0", 3, 2},
+        // An S-shaped cubic is split to the maximum of 32 interior points.
+        {"M0 0 C1 1 2 -1 3 0", 34, 33},
+    };
+    const RenderingProperties props = unfilled();
+    for (const Case& c : cases) {
+        const auto p = SegmentPath(*pathOf(c.d), 32, -0.999f, nullptr, &props, nullptr, nullptr);
+        EXPECT_EQ(p->points.size(), c.points) << c.d;
+        EXPECT_EQ(p->indices.size(), 2 * c.segments) << c.d;
+        for (std::size_t i = 2; i < p->indices.size(); i += 2) {
+            // Within a run every segment starts where the previous one ended.
+            if (std::string(c.d).find('M', 1) == std::string::npos) {
+                EXPECT_EQ(p->indices[i], p->indices[i - 1]) << c.d;
+            }
+        }
+    }
+
+    const auto arc = SegmentPath(*pathOf("M0 0 L1 0 A1 1 0 0 1 3 0"), 32, -0.999f, nullptr, &props,
+                                 nullptr, nullptr);
+    // The ends are exact; the first computed step is deliberately overwritten by the start.
+    EXPECT_EQ(arc->points[2], Vector2f(1, 0));
+    EXPECT_EQ(arc->points.back(), Vector2f(3, 0));
+    EXPECT_NEAR(arc->points[17].X(), 2, 1e-5f);
+    EXPECT_NEAR(std::fabs(arc->points[17].Y()), 1, 1e-5f);
+}
+
+TEST(SegmentPath, NonFiniteAndHugeCoordinatesFailCleanlyAndKeepTheOutline) {
+    const float inf = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    for (const float bad : {inf, -inf, nan}) {
+        Path path;
+        path.commands = {{Path::CommandType::MoveTo, {0, 0}},
+                         {Path::CommandType::LineTo, {bad, 0}},
+                         {Path::CommandType::CubicBezier, {1, 1, bad, 2, 0, 5}},
+                         {Path::CommandType::EllipticalArc, {bad, 3, bad, 1, 1, 0, 0}},
+                         {Path::CommandType::ClosePath, {}}};
+        bool error = false;
+        const auto p = SegmentPath(path, 32, -0.999f, nullptr, nullptr, nullptr, &error);
+        EXPECT_TRUE(error);
+        EXPECT_FALSE(p->indices.empty());
+    }
+    // Huge radii and coordinates that stay finite are filled.
+    bool error = true;
+    const auto big = SegmentPath(*pathOf("M-1e30 0 A1e30 1e30 0 0 1 1e30 0 Z"), 32, -0.999f,
+                                 nullptr, nullptr, nullptr, &error);
+    EXPECT_FALSE(error);
+    EXPECT_FALSE(big->triangleIndices.empty());
+}
+
+TEST(SegmentPath, MillionSegmentPathIsFilled) {
+    std::string d = "M0 0";
+    const int n = 1000000;
+    d.reserve(n * 24);
+    for (int i = 1; i < n; ++i) {
+        const double angle = 2 * M_PI * i / n;
+        d += " L" + std::to_string(1000 * std::cos(angle)) + " " +
+             std::to_string(1000 * std::sin(angle));
+    }
+    d += " Z";
+    bool error = true;
+    const auto p = SegmentPath(*pathOf(d), 32, -0.999f, nullptr, nullptr, nullptr, &error);
+    EXPECT_FALSE(error);
+    // The clean-up merges the nearly collinear tiny segments, so the fill is a coarser polygon
+    // than the outline: within a few parts in a thousand of the circle.
+    EXPECT_NEAR(trianglesArea(*p), M_PI * 1e6, M_PI * 1e6 * 5e-3);
+}
+
+TEST(SegmenterVisitor, FailureStopsSegmentationAndForcesTheOutline) {
+    Document document;
+    auto first = std::make_shared<Rect>(Vector2f(0, 0), Vector2f(1, 1));
+    auto broken = std::make_shared<Path>();
+    broken->commands = {{Path::CommandType::MoveTo, {0, 0}},
+                        {Path::CommandType::LineTo, {std::numeric_limits<float>::infinity(), 0}},
+                        {Path::CommandType::LineTo, {0, 1}},
+                        {Path::CommandType::ClosePath, {}}};
+    broken->editProperties().fill = "#00ff00";
+    broken->editProperties().fillOpacity = 0.5f;
+    auto third = std::make_shared<Circle>(Vector2f(0, 0), 1);
+    document.editChildren() = {first, broken, third};
+
+    SegmenterVisitor visitor(document);
+    EXPECT_TRUE(visitor.hasError());
+    const auto& primitives = visitor.getSegmentedPrimitives();
+    ASSERT_EQ(primitives.size(), 2u);
+    const SegmentedPrimitive& failed = *primitives.back();
+    EXPECT_TRUE(failed.triangleIndices.empty());
+    EXPECT_EQ(failed.indices.size(), 6u);
+    EXPECT_EQ(failed.properties.stroke, "#00ff00");
+    EXPECT_EQ(failed.properties.strokeOpacity, 0.5f);
+    EXPECT_EQ(failed.properties.vectorEffect, VectorEffect::NonScalingStroke);
+
+    // A failing shape that has a stroke keeps its own.
+    broken->editProperties().stroke = "blue";
+    SegmenterVisitor stroked(document);
+    EXPECT_EQ(stroked.getSegmentedPrimitives().back()->properties.stroke, "blue");
+    EXPECT_FALSE(stroked.getSegmentedPrimitives().back()->properties.vectorEffect.has_value());
+}
+
+TEST(SegmenterVisitor, PrimitivesCarryCascadedPropertiesAndFinalCoordinates) {
+    Document document;
+    auto group = std::make_shared<Node>();
+    group->editTransform() = Matrix3f(2, 0, 10, 0, 2, 0, 0, 0, 1);
+    group->editProperties().fill = "red";
+    group->editChildren().push_back(std::make_shared<Line>(Vector2f(0, 0), Vector2f(1, 0)));
+    group->editChildren().push_back(std::make_shared<Text>());
+    group->editChildren().push_back(std::make_shared<Rect>(Vector2f(0, 0), Vector2f(1, 1)));
+    document.editChildren().push_back(group);
+
+    SegmenterVisitor visitor(document);
+    EXPECT_FALSE(visitor.hasError());
+    const auto& primitives = visitor.getSegmentedPrimitives();
+    ASSERT_EQ(primitives.size(), 2u);
+    EXPECT_EQ(primitives.front()->points.back(), Vector2f(12, 0));
+    EXPECT_EQ(primitives.back()->properties.fill, "red");
+    EXPECT_DOUBLE_EQ(trianglesArea(*primitives.back()), 4);
+}
+
+// Several visitors read one tree at once, each with its own workspace: their results must be
+// those of a single-threaded run. Run under ThreadSanitizer in CI.
+TEST(SegmenterVisitor, FourThreadsSegmentOneTreeAlike) {
+    Document document;
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> coordinate(-100, 100);
+    const auto c = [&] { return std::to_string(coordinate(random)); };
+    for (int i = 0; i < 200; ++i) {
+        auto group = std::make_shared<Node>();
+        group->editTransform() = Matrix3f(1, 0, coordinate(random), 0, 1, 0, 0, 0, 1);
+        group->editProperties().fill = i % 3 ? "black" : "none";
+        group->editProperties().stroke = "blue";
+        const std::string d = "M" + c() + " " + c() + " C" + c() + " " + c() + " " + c() + " " +
+                              c() + " " + c() + " " + c() + " A20 30 15 0 1 " + c() + " " + c() +
+                              " L" + c() + " " + c() + " Z M1 1 h5 v5 h-5 z";
+        group->editChildren().push_back(pathOf(d));
+        group->editChildren().push_back(std::make_shared<Circle>(Vector2f(i, i), 3));
+        document.editChildren().push_back(group);
+    }
+
+    const auto flatten = [&document] {
+        SegmenterVisitor visitor(document);
+        std::vector<SegmentedPrimitive> result;
+        for (const auto& p : visitor.getSegmentedPrimitives()) {
+            result.push_back(*p);
+        }
+        return result;
+    };
+    const std::vector<SegmentedPrimitive> expected = flatten();
+    ASSERT_EQ(expected.size(), 400u);
+
+    std::vector<std::vector<SegmentedPrimitive>> results(4);
+    std::vector<std::thread> threads;
+    for (auto& result : results) {
+        threads.emplace_back([&result, &flatten] { result = flatten(); });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    for (const auto& result : results) {
+        ASSERT_EQ(result.size(), expected.size());
+        for (std::size_t i = 0; i < result.size(); ++i) {
+            EXPECT_EQ(result[i].points, expected[i].points);
+            EXPECT_EQ(result[i].indices, expected[i].indices);
+            EXPECT_EQ(result[i].trianglePoints, expected[i].trianglePoints);
+            EXPECT_EQ(result[i].triangleIndices, expected[i].triangleIndices);
+            EXPECT_EQ(result[i].properties, expected[i].properties);
+        }
+    }
+}

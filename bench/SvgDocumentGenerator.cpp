@@ -1,6 +1,8 @@
 #include "SvgDocumentGenerator.h"
 
 #include <charconv>
+#include <cmath>
+#include <cstdio>
 #include <random>
 
 namespace tq::bench {
@@ -125,6 +127,91 @@ std::string GeneratePathHeavySvg(std::size_t targetBytes, std::uint32_t seed) {
         ++group;
     }
     out += "</svg>\n";
+    return out;
+}
+
+namespace {
+
+void appendPoint(std::string& out, double x, double y) {
+    char buffer[48];
+    const int n = std::snprintf(buffer, sizeof buffer, " %.2f %.2f", x, y);
+    out.append(buffer, static_cast<std::size_t>(n));
+}
+
+// A blob around (cx, cy): 8 pieces at increasing angles, radius varying between 60 % and 100 %
+// of r: star-shaped around the centre.
+void appendShapePath(std::string& out, std::mt19937& rng, double cx, double cy, double r,
+                     bool hole) {
+    std::uniform_real_distribution<double> radius(0.6 * r, r);
+    const auto at = [&](double angle, double rr) {
+        appendPoint(out, cx + rr * std::cos(angle), cy + rr * std::sin(angle));
+    };
+    constexpr int kPieces = 8;
+    constexpr double kStep = 2 * 3.14159265358979 / kPieces;
+    out += "<path d=\"M";
+    at(0, r);
+    for (int i = 1; i <= kPieces; ++i) {
+        const double a0 = (i - 1) * kStep;
+        const double a1 = i == kPieces ? 0 : i * kStep;
+        const double end = i == kPieces ? r : radius(rng);
+        switch (i % 4) {
+            case 0:
+                out += " L";
+                at(a1, end);
+                break;
+            case 1:
+                out += " C";
+                at(a0 + kStep / 3, radius(rng));
+                at(a0 + 2 * kStep / 3, radius(rng));
+                at(a1, end);
+                break;
+            case 2:
+                out += " S";
+                at(a0 + 2 * kStep / 3, radius(rng));
+                at(a1, end);
+                break;
+            default:
+                out += " A";
+                appendPoint(out, r, 0.8 * r);
+                out += " 0 0 1";
+                at(a1, end);
+                break;
+        }
+    }
+    out += " Z";
+    if (hole) {
+        // A circle of two half arcs, wound against the outline.
+        const double h = 0.25 * r;
+        out += " M";
+        appendPoint(out, cx + h, cy);
+        out += " A";
+        appendPoint(out, h, h);
+        out += " 0 0 0";
+        appendPoint(out, cx - h, cy);
+        out += " A";
+        appendPoint(out, h, h);
+        out += " 0 0 0";
+        appendPoint(out, cx + h, cy);
+        out += " Z";
+    }
+    out += "\" fill=\"#3a7bd5\" stroke=\"black\" stroke-width=\"0.5\"/>\n";
+}
+
+}  // namespace
+
+std::string GenerateShapeSvg(std::size_t paths, std::uint32_t seed) {
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> position(0, 1000);
+    std::uniform_real_distribution<double> size(5, 40);
+    std::string out = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 1000 1000\">\n";
+    for (std::size_t i = 0; i < paths; ++i) {
+        if (i % 20 == 0) {
+            out += i == 0 ? "" : "</g>\n";
+            out += "<g transform=\"rotate(" + std::to_string(i % 360) + " 500 500)\">\n";
+        }
+        appendShapePath(out, rng, position(rng), position(rng), size(rng), i % 2 == 0);
+    }
+    out += paths > 0 ? "</g>\n</svg>\n" : "</svg>\n";
     return out;
 }
 

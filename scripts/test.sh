@@ -2,6 +2,8 @@
 # Sets up a fresh machine, builds everything and runs every test.
 #   scripts/test.sh                 the normal build, in build/release
 #   scripts/test.sh --sanitize      AddressSanitizer and UndefinedBehaviorSanitizer, in build/asan
+#   scripts/test.sh --threads       the tests that run the library on several threads, under
+#                                   ThreadSanitizer, in build/tsan
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -17,6 +19,13 @@ if [ "${1:-}" = "--sanitize" ]; then
 fi
 
 jobs=$(nproc 2>/dev/null || echo 2)
+if [ "${1:-}" = "--threads" ]; then
+    cmake -S . -B build/tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTQSVG_SANITIZE=thread \
+        -DTQSVG_BUILD_TOOLS=OFF
+    cmake --build build/tsan -j "$jobs" --target svg_tests
+    TSAN_OPTIONS=halt_on_error=1 build/tsan/tests/svg_tests --gtest_filter='*Thread*'
+    exit 0
+fi
 cmake -S . -B "$build" -G Ninja "${args[@]}"
 cmake --build "$build" -j "$jobs"
 ctest --test-dir "$build" --output-on-failure -j "$jobs"

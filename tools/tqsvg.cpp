@@ -3,11 +3,14 @@
 // Exit codes: 0 success, 1 when a file failed to load or save, 2 on a usage error.
 #include <CLI/CLI.hpp>
 
+#include <chrono>
 #include <cstdio>
+#include <fstream>
 #include <iostream>
 #include <string>
 #include <vector>
 
+#include "MeshJson.h"
 #include "StdioDevice.h"
 #include "svg/io/tqSvgDriver.h"
 #include "svg/tqSvg.h"
@@ -115,6 +118,148 @@ int runConvert(const ConvertOptions& o) {
     return ok ? 0 : kExitFailure;
 }
 
+// Writes `text` to a file, or standard output for "-" or an empty name.
+bool writeText(const std::string& file, const std::string& text) {
+    if (file.empty() || file == "-") {
+        std::cout << text;
+        std::cout.flush();
+        return bool(std::cout);
+    }
+    std::ofstream out(file, std::ios::binary);
+    out << text;
+    out.close();
+    if (!out) {
+        std::cerr << file << ": could not be written\n";
+        return false;
+    }
+    return true;
+}
+
+double millisecondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+
+// Loads a file that must hold a document; messages and failures are printed.
+bool loadDocument(const std::string& file, bool ignoreUnsupported,
+                  tq::svg::ItemInterfacePointer<tq::svg::ItemInterface>& root) {
+    tq::svg::LoadOptions options;
+    options.ignoreUnsupported = ignoreUnsupported;
+    if (!load(file, options, root, nullptr)) {
+        return false;
+    }
+    if (!root) {
+        std::cerr << file << ": the document holds no element\n";
+        return false;
+    }
+    return true;
+}
+
+struct MeshOptions {
+    std::string input;
+    std::string output;
+    bool stats = false;
+    bool ignoreUnsupported = false;
+};
+
+int runMesh(const MeshOptions& o) {
+    const auto loadStart = std::chrono::steady_clock::now();
+    tq::svg::ItemInterfacePointer<tq::svg::ItemInterface> root;
+    if (!loadDocument(o.input, o.ignoreUnsupported, root)) {
+        return kExitFailure;
+    }
+    const double loadMs = millisecondsSince(loadStart);
+    const auto* node = dynamic_cast<const tq::svg::Node*>(root.get());
+    if (node == nullptr) {
+        std::cerr << o.input << ": the root is not a group\n";
+        return kExitFailure;
+    }
+    const auto segmentStart = std::chrono::steady_clock::now();
+    tq::svg::SegmenterVisitor visitor(*node);
+    const double segmentMs = millisecondsSince(segmentStart);
+    if (visitor.hasError()) {
+        std::cerr << o.input
+                  << ": a filled shape could not be triangulated; it and the shapes after it "
+                     "are not filled\n";
+    }
+    std::string text;
+    if (o.stats) {
+        std::size_t points = 0, segments = 0, triangles = 0;
+        for (const auto& primitive : visitor.getSegmentedPrimitives()) {
+            points += primitive->points.size();
+            segments += primitive->indices.size() / 2;
+            triangles += primitive->triangleIndices.size() / 3;
+        }
+        text = "primitives: " + std::to_string(visitor.getSegmentedPrimitives().size()) +
+               "\noutline points: " + std::to_string(points) +
+               "\nsegments: " + std::to_string(segments) +
+               "\ntriangles: " + std::to_string(triangles) + "\nload: " + std::to_string(loadMs) +
+               " ms\nsegment: " + std::to_string(segmentMs) + " ms\n";
+    } else {
+        AppendMeshJson(text, visitor.getSegmentedPrimitives(), visitor.hasError());
+    }
+    if (!writeText(o.output, text)) {
+        return kExitFailure;
+    }
+    return visitor.hasError() ? kExitFailure : 0;
+}
+
+struct BboxOptions {
+    std::string input;
+    std::string output;
+    bool fit = false;
+    bool ignoreUnsupported = false;
+};
+
+int runBbox(const BboxOptions& o) {
+    tq::svg::ItemInterfacePointer<tq::svg::ItemInterface> root;
+    if (!loadDocument(o.input, o.ignoreUnsupported, root)) {
+        return kExitFailure;
+    }
+    if (!o.fit) {
+        tq::svg::BoundingBox box;
+        tq::svg::ComputeEstimatedBoundingBox(*root, box, nullptr, nullptr);
+        if (!box.isValid()) {
+            std::cout << "empty\n";
+            return 0;
+        }
+        std::string text;
+        for (const float v : {box.min.X(), box.min.Y(), box.getWidth(), box.getHeight()}) {
+            if (!text.empty()) {
+                text += ' ';
+            }
+            tqStringUtils::appendFloat(text, v, -1, tqStringUtils::FloatFormat::Compact);
+        }
+        std::cout << text << '\n';
+        return 0;
+    }
+    auto* document = dynamic_cast<tq::svg::Document*>(root.get());
+    if (document == nullptr) {
+        std::cerr << o.input << ": the root is not a document\n";
+        return kExitFailure;
+    }
+    document->computeEstimatedViewboxFromContent();
+    tq::svg::SaveOptions saveOptions;
+    std::list<std::string> messages;
+    bool ok;
+    const std::string target = o.output.empty() ? "-" : o.output;
+    if (target == "-") {
+        StdioDevice out(stdout);
+        ok = tq::svg::tqSvgIOManager::get().saveSvg(*root, out, "svg", nullptr, &saveOptions,
+                                                    &messages);
+        ok = out.flush() && ok;
+    } else {
+        tq::svg::tqSvgDriver driver;
+        ok = driver.saveSvg(*root, target, nullptr, saveOptions);
+        driver.getLastErrorsAndWarnings(messages, true);
+    }
+    printMessages(target, messages);
+    if (!ok && messages.empty()) {
+        std::cerr << target << ": the document could not be written\n";
+    }
+    return ok ? 0 : kExitFailure;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -148,6 +293,26 @@ int main(int argc, char** argv) {
     convert->add_flag("--ignore-unsupported", convertOptions.ignoreUnsupported,
                       "Skip unsupported elements and attributes with a warning instead of failing");
 
+    MeshOptions meshOptions;
+    CLI::App* mesh = app.add_subcommand(
+        "mesh", "Segment a document into outlines and fill triangles, written as JSON");
+    mesh->add_option("input", meshOptions.input, "SVG file, or - for standard input")->required();
+    mesh->add_option("-o,--output", meshOptions.output, "output file (default: standard output)");
+    mesh->add_flag("--stats", meshOptions.stats, "Print counts and timings instead of the mesh");
+    mesh->add_flag("--ignore-unsupported", meshOptions.ignoreUnsupported,
+                   "Skip unsupported elements and attributes with a warning instead of failing");
+
+    BboxOptions bboxOptions;
+    CLI::App* bbox = app.add_subcommand(
+        "bbox", "Print the estimated bounding box of a document's content: x y width height");
+    bbox->add_option("input", bboxOptions.input, "SVG file, or - for standard input")->required();
+    bbox->add_flag("--fit", bboxOptions.fit,
+                   "Write the document with its viewBox set to the estimated box instead");
+    bbox->add_option("-o,--output", bboxOptions.output,
+                     "output file for --fit (default: standard output)");
+    bbox->add_flag("--ignore-unsupported", bboxOptions.ignoreUnsupported,
+                   "Skip unsupported elements and attributes with a warning instead of failing");
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -167,6 +332,12 @@ int main(int argc, char** argv) {
     }
     if (convert->parsed()) {
         return runConvert(convertOptions);
+    }
+    if (mesh->parsed()) {
+        return runMesh(meshOptions);
+    }
+    if (bbox->parsed()) {
+        return runBbox(bboxOptions);
     }
     std::cout << app.help();
     return 0;

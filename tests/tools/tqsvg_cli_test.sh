@@ -58,6 +58,37 @@ expect 1 "unwritable output" -- "$tool" convert "$sample" "$work/no/such/dir/out
 contains "$work/err" "Fail to open file" "unwritable output message"
 expect 1 "bad input to convert" -- "$tool" convert "$work/bad.svg" "$work/x.svg"
 
+# mesh: JSON on standard output or in a file, statistics instead with --stats.
+expect 0 "mesh to stdout" -- "$tool" mesh "$sample"
+contains "$work/out" '"error":false' "mesh error flag"
+contains "$work/out" '"triangles":[' "mesh triangles"
+if command -v python3 >/dev/null; then
+    if ! python3 -c 'import json,sys; d=json.load(open(sys.argv[1])); assert len(d["primitives"]) == 8, len(d["primitives"]); assert all(len(p["triangles"]) % 3 == 0 for p in d["primitives"])' "$work/out"; then
+        echo "FAIL: mesh output is not the expected JSON"; failures=$((failures + 1))
+    fi
+fi
+expect 0 "mesh to file" -- "$tool" mesh "$sample" -o "$work/mesh.json"
+contains "$work/mesh.json" '"primitives":[' "mesh file"
+expect 0 "mesh stats" -- "$tool" mesh --stats "$sample"
+contains "$work/out" "primitives: 8" "mesh statistics"
+expect 1 "mesh of a bad file" -- "$tool" mesh "$work/bad.svg"
+expect 1 "mesh to an unwritable file" -- "$tool" mesh "$sample" -o "$work/no/such/dir/m.json"
+printf '<svg xmlns="http://www.w3.org/2000/svg"><path d="M0 0 L1e39 0 L0 1 Z"/><rect width="1" height="1"/></svg>' >"$work/huge.svg"
+expect 1 "mesh of an unfillable shape" -- "$tool" mesh "$work/huge.svg"
+contains "$work/out" '"error":true' "mesh reports the failure"
+contains "$work/err" "could not be triangulated" "mesh failure message"
+
+# bbox: x y width height of the content, or the document refitted with --fit.
+printf '<svg xmlns="http://www.w3.org/2000/svg"><g transform="translate(10 20)"><rect x="1" y="2" width="3" height="4"/></g><line x1="-5" y1="0" x2="0" y2="0"/></svg>' >"$work/box.svg"
+expect 0 "bbox" -- "$tool" bbox "$work/box.svg"
+contains "$work/out" "-5 0 19 26" "bbox numbers"
+printf '<svg xmlns="http://www.w3.org/2000/svg"><text>hi</text></svg>' >"$work/empty.svg"
+expect 0 "bbox of nothing" -- "$tool" bbox "$work/empty.svg"
+contains "$work/out" "empty" "empty bbox"
+expect 0 "bbox fit" -- "$tool" bbox --fit "$work/box.svg" -o "$work/fitted.svg"
+contains "$work/fitted.svg" 'viewBox="-5 0 19 26"' "fitted viewBox"
+expect 1 "bbox of a missing file" -- "$tool" bbox "$work/missing.svg"
+
 if [ "$failures" -ne 0 ]; then
     echo "$failures check(s) failed"
     exit 1

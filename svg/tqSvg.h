@@ -44,6 +44,7 @@
 #include "svg/write/SvgXmlSpace.h"
 
 // Path data.
+#include "svg/path/PathBuilder.h"
 #include "svg/path/PathPrimitive.h"
 #include "svg/path/PathVisitorCommandsToPrimitives.h"
 #include "svg/path/PathVisitorStrToCommands.h"

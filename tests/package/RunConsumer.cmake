@@ -1,4 +1,4 @@
-# cmake -P script: stage an install and build the consumer against it.
+# cmake -P script: stage an install, build the example against it and run it with CONSUMER_ARGS.
 function(run)
     execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
     if(NOT result EQUAL 0)
@@ -20,7 +20,7 @@ run(${CMAKE_COMMAND} -S ${CONSUMER_SOURCE} -B ${WORK_DIR}/cmake
     -DCMAKE_PREFIX_PATH=${STAGE_DIR} -DCMAKE_CXX_COMPILER=${CXX}
     "-DCMAKE_CXX_FLAGS=${flags}" "-DCMAKE_EXE_LINKER_FLAGS=${flags}")
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/cmake)
-run(${WORK_DIR}/cmake/consumer)
+run(${WORK_DIR}/cmake/segment ${CONSUMER_ARGS})
 message(STATUS "CMake package consumer: ${LAST_OUTPUT}")
 
 # Through pkg-config.
@@ -35,6 +35,6 @@ run(pkg-config --variable=libdir tqsvg)
 string(STRIP "${LAST_OUTPUT}" libdir)
 file(MAKE_DIRECTORY ${WORK_DIR}/pkgconfig)
 run(${CXX} -std=c++17 ${flags} ${CONSUMER_SOURCE}/main.cpp ${pc_flags} -Wl,-rpath,${libdir}
-    -o ${WORK_DIR}/pkgconfig/consumer)
-run(${WORK_DIR}/pkgconfig/consumer)
+    -o ${WORK_DIR}/pkgconfig/segment)
+run(${WORK_DIR}/pkgconfig/segment ${CONSUMER_ARGS})
 message(STATUS "pkg-config consumer: ${LAST_OUTPUT}")

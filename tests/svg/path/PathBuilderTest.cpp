@@ -10,18 +10,7 @@
 #include <Wm4Foundation/Wm4Math.h>
 #include <gtest/gtest.h>
 
-namespace tq::svg {
-
-// Readable failure output for command lists.
-static void PrintTo(const Path::Command& command, std::ostream* os) {
-    *os << Path::CommandLetters[static_cast<int>(command.type)] << '(';
-    for (std::size_t i = 0; i < command.values.size(); ++i) {
-        *os << (i ? " " : "") << command.values[i];
-    }
-    *os << ')';
-}
-
-}  // namespace tq::svg
+#include "PathCommandPrinter.h"
 
 using namespace tq::svg;
 

@@ -1,0 +1,68 @@
+// tqsvg check: loads files and prints their messages, then a summary line.
+#include <iostream>
+#include <memory>
+
+#include "Tool.h"
+
+namespace {
+
+struct CheckOptions {
+    std::vector<std::string> inputs;
+    bool ignoreUnsupported = false;
+    BatchSettings batch;
+};
+
+struct CheckResult {
+    bool loaded = false;
+    std::size_t warnings = 0;
+};
+
+bool checkOne(const InputFile& input, const tq::svg::LoadOptions& options, CheckResult& result,
+              JobReport& report) {
+    if (ReportUnreadable(input, report)) {
+        return false;
+    }
+    tq::svg::tqSvgDriver driver;  // one per job: a driver serves one load at a time
+    RootPointer root;
+    std::list<std::string> messages;
+    result.loaded = LoadFile(driver, input.path, options, root, messages);
+    AppendMessages(report.err, input.path, messages);
+    if (result.loaded) {
+        result.warnings = messages.size();
+    }
+    return result.loaded;
+}
+
+int runCheck(const CheckOptions& o) {
+    const std::vector<InputFile> inputs = CollectSvgFiles(o.inputs);
+    tq::svg::LoadOptions options;
+    options.ignoreUnsupported = o.ignoreUnsupported;
+    std::vector<CheckResult> results(inputs.size());
+    const std::size_t failed =
+        RunBatch(LabelsOf(inputs), o.batch, [&](std::size_t i, JobReport& report) {
+            return checkOne(inputs[i], options, results[i], report);
+        });
+    std::size_t warnings = 0;
+    for (const CheckResult& result : results) {
+        warnings += result.warnings;
+    }
+    std::cout << inputs.size() - failed << " loaded, " << failed << " failed, " << warnings
+              << " warnings\n";
+    return failed == 0 ? kExitSuccess : kExitFailure;
+}
+
+}  // namespace
+
+Command AddCheckCommand(CLI::App& app) {
+    auto o = std::make_shared<CheckOptions>();
+    CLI::App* check = app.add_subcommand(
+        "check",
+        "Load SVG files and print their messages (on standard error), then a summary line: "
+        "N loaded, M failed, K warnings. Directories are searched for *.svg files. Exit 1 when "
+        "a file failed to load or a directory could not be read.");
+    check->add_option("inputs", o->inputs, "SVG files, directories, or - for standard input")
+        ->required();
+    AddIgnoreUnsupportedFlag(*check, o->ignoreUnsupported);
+    AddBatchOptions(*check, o->batch);
+    return {check, [o] { return runCheck(*o); }};
+}

@@ -1,0 +1,308 @@
+#include "PngRender.h"
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+// Cairo keeps coordinates in 24.8 fixed point: farther values would wrap around. Clamping moves
+// a far vertex by less than a pixel's worth of slope inside any picture this tool makes.
+constexpr double kCoordinateLimit = 4.0e6;
+// SVG's default miter limit; cairo's own is 10.
+constexpr double kMiterLimit = 4.0;
+
+using SurfacePointer = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+using ContextPointer = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
+
+bool usable(const tq::svg::BoundingBox& box) {
+    return box.isValid() && std::isfinite(box.getWidth()) && std::isfinite(box.getHeight()) &&
+           (box.getWidth() > 0.0f || box.getHeight() > 0.0f);
+}
+
+tq::svg::BoundingBox chooseBox(const tq::svg::ItemInterface& root) {
+    const auto* document = dynamic_cast<const tq::svg::Document*>(&root);
+    if (document != nullptr && document->getViewbox() && usable(*document->getViewbox())) {
+        return *document->getViewbox();
+    }
+    tq::svg::BoundingBox box;
+    tq::svg::ComputeEstimatedBoundingBox(root, box, nullptr, nullptr);
+    if (usable(box)) {
+        return box;
+    }
+    return tq::svg::BoundingBox(Wm4::Vector2f(0.0f, 0.0f), Wm4::Vector2f(100.0f, 100.0f));
+}
+
+struct Pixel {
+    double x;
+    double y;
+};
+
+// False for a point that has no place in the picture (NaN, infinite).
+bool toPixel(const View& view, const Wm4::Vector2f& point, Pixel& pixel) {
+    const double x = (double(point.X()) - view.minX) * view.scale + view.offsetX;
+    const double y = (double(point.Y()) - view.minY) * view.scale + view.offsetY;
+    if (!std::isfinite(x) || !std::isfinite(y)) {
+        return false;
+    }
+    pixel.x = std::clamp(x, -kCoordinateLimit, kCoordinateLimit);
+    pixel.y = std::clamp(y, -kCoordinateLimit, kCoordinateLimit);
+    return true;
+}
+
+bool toPixel(const View& view, const std::vector<Wm4::Vector2f>& points, unsigned int index,
+             Pixel& pixel) {
+    return index < points.size() && toPixel(view, points[index], pixel);
+}
+
+void setSource(cairo_t* cr, const Wm4::ColorRGBA& colour) {
+    cairo_set_source_rgba(cr, colour.R(), colour.G(), colour.B(), colour.A());
+}
+
+// Adds the primitive's triangles as one path, each wound counter-clockwise on screen, so that
+// edges shared by two triangles cancel out.
+void addTriangles(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
+    const auto& indices = primitive.triangleIndices;
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
+        Pixel a, b, c;
+        if (!toPixel(view, primitive.trianglePoints, indices[i], a) ||
+            !toPixel(view, primitive.trianglePoints, indices[i + 1], b) ||
+            !toPixel(view, primitive.trianglePoints, indices[i + 2], c)) {
+            continue;
+        }
+        if ((b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x) < 0.0) {
+            std::swap(b, c);
+        }
+        cairo_move_to(cr, a.x, a.y);
+        cairo_line_to(cr, b.x, b.y);
+        cairo_line_to(cr, c.x, c.y);
+        cairo_close_path(cr);
+    }
+}
+
+// All triangles of a shape are filled as one path rather than one by one: the rasteriser then
+// computes each pixel's coverage once for the whole shape, so the outer edges stay
+// antialiased while the edges between triangles leave no seams.
+void fillPrimitive(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
+    if (!primitive.properties.hasFill() || primitive.triangleIndices.empty()) {
+        return;
+    }
+    const Wm4::ColorRGBA colour = primitive.properties.parseFillColor();
+    if (!(colour.A() > 0.0f)) {
+        return;
+    }
+    cairo_new_path(cr);
+    addTriangles(cr, view, primitive);
+    cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
+    setSource(cr, colour);
+    cairo_fill(cr);
+}
+
+// Consecutive segments that share an index become one polyline, closed when it comes back to
+// its first point, so that strokes get joins instead of caps at every vertex.
+void addOutline(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
+    const auto& points = primitive.points;
+    const auto& indices = primitive.indices;
+    bool open = false;
+    unsigned int first = 0;
+    unsigned int last = 0;
+    const auto finish = [&] {
+        if (open && (last == first || points[last] == points[first])) {
+            cairo_close_path(cr);
+        }
+        open = false;
+    };
+    for (std::size_t i = 0; i + 1 < indices.size(); i += 2) {
+        Pixel a, b;
+        if (!toPixel(view, points, indices[i], a) || !toPixel(view, points, indices[i + 1], b)) {
+            finish();
+            continue;
+        }
+        if (!open || indices[i] != last) {
+            finish();
+            cairo_move_to(cr, a.x, a.y);
+            first = indices[i];
+            open = true;
+        }
+        cairo_line_to(cr, b.x, b.y);
+        last = indices[i + 1];
+    }
+    finish();
+}
+
+cairo_line_cap_t toCairo(tq::svg::LineCap cap) {
+    switch (cap) {
+        case tq::svg::LineCap::Round:
+            return CAIRO_LINE_CAP_ROUND;
+        case tq::svg::LineCap::Square:
+            return CAIRO_LINE_CAP_SQUARE;
+        default:
+            return CAIRO_LINE_CAP_BUTT;
+    }
+}
+
+cairo_line_join_t toCairo(tq::svg::LineJoin join) {
+    switch (join) {
+        case tq::svg::LineJoin::Round:
+            return CAIRO_LINE_JOIN_ROUND;
+        case tq::svg::LineJoin::Bevel:
+            return CAIRO_LINE_JOIN_BEVEL;
+        default:  // miter-clip and arcs fall back to miter, as SVG viewers without them do
+            return CAIRO_LINE_JOIN_MITER;
+    }
+}
+
+// Dashes in pixels; none when a length has a unit other than px or the pattern is empty.
+void setDashes(cairo_t* cr, const tq::svg::RenderingProperties& properties, double scale) {
+    std::vector<double> dashes;
+    double sum = 0.0;
+    if (properties.strokeDasharray) {
+        for (const tq::svg::UnitValue& length : *properties.strokeDasharray) {
+            const double pixels = double(length.value) * scale;
+            const bool plain =
+                length.unit == tq::svg::Unit::None || length.unit == tq::svg::Unit::Px;
+            if (!plain || !std::isfinite(pixels) || pixels < 0.0) {
+                dashes.clear();
+                sum = 0.0;
+                break;
+            }
+            dashes.push_back(std::min(pixels, kCoordinateLimit));
+            sum += dashes.back();
+        }
+    }
+    if (sum > 0.0) {
+        cairo_set_dash(cr, dashes.data(), static_cast<int>(dashes.size()), 0.0);
+    } else {
+        cairo_set_dash(cr, nullptr, 0, 0.0);
+    }
+}
+
+void strokePrimitive(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
+    const tq::svg::RenderingProperties& properties = primitive.properties;
+    if (!properties.hasStroke() || primitive.indices.empty()) {
+        return;
+    }
+    const bool nonScaling = properties.vectorEffect &&
+                            (*properties.vectorEffect & tq::svg::VectorEffect::NonScalingStroke) !=
+                                tq::svg::VectorEffect::None;
+    // A non-scaling stroke is as wide on the screen as written; others grow with the view.
+    const double scale = nonScaling ? 1.0 : view.scale;
+    const double width = double(properties.strokeWidth.value_or(1.0f)) * scale;
+    const Wm4::ColorRGBA colour = properties.parseStrokeColor();
+    if (!std::isfinite(width) || !(width > 0.0) || !(colour.A() > 0.0f)) {
+        return;
+    }
+    cairo_new_path(cr);
+    addOutline(cr, view, primitive);
+    cairo_set_line_width(cr, std::min(width, kCoordinateLimit));
+    cairo_set_line_cap(cr, toCairo(properties.strokeLinecap.value_or(tq::svg::LineCap::Butt)));
+    cairo_set_line_join(cr, toCairo(properties.strokeLinejoin.value_or(tq::svg::LineJoin::Miter)));
+    cairo_set_miter_limit(cr, kMiterLimit);
+    setDashes(cr, properties, scale);
+    setSource(cr, colour);
+    cairo_stroke(cr);
+}
+
+// Black over light fills, white over dark ones.
+Wm4::ColorRGBA contrastingColour(const Wm4::ColorRGBA& fill) {
+    const float luminance = 0.2126f * fill.R() + 0.7152f * fill.G() + 0.0722f * fill.B();
+    return luminance > 0.5f ? Wm4::ColorRGBA(0.0f, 0.0f, 0.0f, 0.8f)
+                            : Wm4::ColorRGBA(1.0f, 1.0f, 1.0f, 0.8f);
+}
+
+void drawWireframe(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
+    if (primitive.triangleIndices.empty()) {
+        return;
+    }
+    cairo_new_path(cr);
+    addTriangles(cr, view, primitive);
+    cairo_set_line_width(cr, 0.75);
+    cairo_set_line_join(cr, CAIRO_LINE_JOIN_BEVEL);
+    cairo_set_dash(cr, nullptr, 0, 0.0);
+    setSource(cr, contrastingColour(primitive.properties.parseFillColor()));
+    cairo_stroke(cr);
+}
+
+void draw(cairo_t* cr, const View& view, const tq::svg::SegmenterVisitor::PrimitiveList& shapes,
+          const RenderSettings& settings) {
+    if (settings.background.A() > 0.0f) {
+        setSource(cr, settings.background);
+        cairo_paint(cr);
+    }
+    for (const auto& primitive : shapes) {
+        fillPrimitive(cr, view, *primitive);
+        strokePrimitive(cr, view, *primitive);
+    }
+    if (settings.wireframe) {
+        for (const auto& primitive : shapes) {
+            drawWireframe(cr, view, *primitive);
+        }
+    }
+}
+
+cairo_status_t writeToStdout(void*, const unsigned char* data, unsigned int length) {
+    return std::fwrite(data, 1, length, stdout) == length ? CAIRO_STATUS_SUCCESS
+                                                          : CAIRO_STATUS_WRITE_ERROR;
+}
+
+cairo_status_t writePng(cairo_surface_t* surface, const std::string& output) {
+    if (output != "-") {
+        return cairo_surface_write_to_png(surface, output.c_str());
+    }
+    const cairo_status_t status =
+        cairo_surface_write_to_png_stream(surface, writeToStdout, nullptr);
+    if (status == CAIRO_STATUS_SUCCESS && std::fflush(stdout) != 0) {
+        return CAIRO_STATUS_WRITE_ERROR;
+    }
+    return status;
+}
+
+}  // namespace
+
+View FitView(const tq::svg::ItemInterface& root, int size) {
+    const tq::svg::BoundingBox box = chooseBox(root);
+    double width = box.getWidth();
+    double height = box.getHeight();
+    View view;
+    view.minX = box.min.X();
+    view.minY = box.min.Y();
+    // A box flat on one axis (a lone horizontal line) gets a square picture around it.
+    if (width <= 0.0) {
+        view.minX -= height / 2.0;
+        width = height;
+    } else if (height <= 0.0) {
+        view.minY -= width / 2.0;
+        height = width;
+    }
+    view.scale = size / std::max(width, height);
+    view.width = std::clamp(static_cast<int>(std::lround(width * view.scale)), 1, size);
+    view.height = std::clamp(static_cast<int>(std::lround(height * view.scale)), 1, size);
+    view.offsetX = (view.width - width * view.scale) / 2.0;
+    view.offsetY = (view.height - height * view.scale) / 2.0;
+    return view;
+}
+
+RenderOutcome RenderPng(const tq::svg::Node& root, const RenderSettings& settings,
+                        const std::string& output) {
+    RenderOutcome outcome;
+    const View view = FitView(root, settings.size);
+    tq::svg::SegmenterVisitor segmenter(root);
+    outcome.segmentationError = segmenter.hasError();
+    SurfacePointer surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, view.width, view.height),
+                           &cairo_surface_destroy);
+    ContextPointer cr(cairo_create(surface.get()), &cairo_destroy);
+    draw(cr.get(), view, segmenter.getSegmentedPrimitives(), settings);
+    cairo_status_t status = cairo_status(cr.get());
+    if (status == CAIRO_STATUS_SUCCESS) {
+        cairo_surface_flush(surface.get());
+        status = writePng(surface.get(), output);
+    }
+    outcome.written = status == CAIRO_STATUS_SUCCESS;
+    if (!outcome.written) {
+        outcome.error = cairo_status_to_string(status);
+    }
+    return outcome;
+}

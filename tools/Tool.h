@@ -1,0 +1,86 @@
+// What the commands of tqsvg share: exit codes, loading and saving through a driver of the
+// caller's, writing text, and the registration of each command.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <list>
+#include <string>
+
+#include "Batch.h"
+#include "InputFiles.h"
+#include "svg/tqSvg.h"
+
+constexpr int kExitSuccess = 0;
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+
+using RootPointer = tq::svg::ItemInterfacePointer<tq::svg::ItemInterface>;
+
+// Starts and stops the library around the commands, and routes its log lines to the job that
+// raised them.
+class Library {
+public:
+    Library();
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+private:
+    ReportingLog mLog;
+};
+
+// Appends one "file: message" line per message.
+void AppendMessages(std::string& to, const std::string& file,
+                    const std::list<std::string>& messages);
+
+// Loads a file, or standard input for "-", through `driver`; `messages` receives the driver's
+// messages (warnings on success). A file whose extension is not .svg is refused, as the
+// library's manager would.
+bool LoadFile(tq::svg::tqSvgDriver& driver, const std::string& file,
+              const tq::svg::LoadOptions& options, RootPointer& root,
+              std::list<std::string>& messages);
+
+// LoadFile with a driver of its own, refusing a document without any element; messages are
+// appended to `err`.
+bool LoadDocument(const std::string& file, bool ignoreUnsupported, RootPointer& root,
+                  std::string& err);
+
+// Saves `item` as SVG to a file of any extension, or standard output for "-"; messages and a
+// failure are appended to `err`.
+bool SaveDocument(tq::svg::tqSvgDriver& driver, const tq::svg::ItemInterface& item,
+                  const std::string& target, const tq::svg::SaveOptions& options, std::string& err);
+
+// Creates the folders above `file` that are missing; a failure is appended to `err`.
+bool CreateParentDirectory(const std::string& file, std::string& err);
+
+// Writes `text` to a file, or to the report's standard output for "-" or an empty name; a
+// failure is appended to the report's errors.
+bool WriteText(const std::string& file, std::string&& text, JobReport& report);
+
+// Runs one job the way a batch runs each of its jobs, so that a single file's output has the
+// same form; the exit code.
+int RunSingle(const std::string& label, const std::function<bool(JobReport&)>& work);
+
+// The labels a batch prints: the inputs' paths.
+std::vector<std::string> LabelsOf(const std::vector<InputFile>& inputs);
+// For an input that stands for a directory that could not be read: reports it and returns true.
+bool ReportUnreadable(const InputFile& input, JobReport& report);
+
+// Options that every command taking files offers.
+void AddIgnoreUnsupportedFlag(CLI::App& command, bool& flag);
+// -j and --verbose, for the commands that work through many files.
+void AddBatchOptions(CLI::App& command, BatchSettings& settings);
+
+// A command: its parser, and what runs when the parser was chosen; the result is the exit code.
+struct Command {
+    CLI::App* parser = nullptr;
+    std::function<int()> run;
+};
+
+Command AddCheckCommand(CLI::App& app);
+Command AddConvertCommand(CLI::App& app);
+Command AddMeshCommand(CLI::App& app);
+Command AddBboxCommand(CLI::App& app);
+Command AddRenderCommand(CLI::App& app);

@@ -173,6 +173,7 @@ private:
                             std::vector<std::vector<std::uint32_t>>& cuts,
                             std::vector<std::vector<std::uint32_t>>& crossingCuts);
     bool splitPass();
+    void closeOpenRuns(std::vector<Edge>& edges) const;
     void mergeEdges(const std::vector<Edge>& edges);
     void addFrame();
     void sweep();
@@ -305,6 +306,7 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
             edges.push_back({a, b, 1});
         }
     }
+    closeOpenRuns(edges);
     mergeEdges(edges);
     int passes = 0;
     while (splitPass()) {
@@ -312,7 +314,9 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
             fail();  // rounding keeps creating crossings: give up rather than loop
         }
     }
-    if (mSegments.empty()) {
+    // Segments that cancel out (an open run closed back along itself) still span the frame in
+    // which every trapezoid is kept by the rules that keep everything.
+    if (edges.empty()) {
         return;
     }
     addFrame();
@@ -651,6 +655,36 @@ bool TrapezoidRepresentation::splitPass() {
     }
     mergeEdges(pieces);
     return true;
+}
+
+// An outline whose runs do not all return to where they began (a subpath left open, or one
+// whose last point was moved off its first by clean-up) has no well-defined inside: the winding
+// number would change along a path that crosses no segment. Fills treat an open run as closed
+// by a straight line back to its start, so each run of consecutive segments (one ending where
+// the next begins, in input order) that starts at a vertex with more segments leaving than
+// arriving and ends at one with more arriving than leaving gets that closing segment. A closed
+// outline, in whatever order its segments come, has no such vertex and is left as it is.
+void TrapezoidRepresentation::closeOpenRuns(std::vector<Edge>& edges) const {
+    std::vector<std::int64_t> balance(mVertices.size(), 0);  // leaving minus arriving
+    for (const Edge& e : edges) {
+        ++balance[e.a];
+        --balance[e.b];
+    }
+    const std::size_t count = edges.size();
+    for (std::size_t first = 0; first < count;) {
+        std::size_t last = first;
+        while (last + 1 < count && edges[last].b == edges[last + 1].a) {
+            ++last;
+        }
+        const std::uint32_t start = edges[first].a;
+        const std::uint32_t end = edges[last].b;
+        if (start != end && balance[start] > 0 && balance[end] < 0) {
+            edges.push_back({end, start, 1});
+            --balance[start];
+            ++balance[end];
+        }
+        first = last + 1;
+    }
 }
 
 // Equal segments become one, their weights summed by direction; those that cancel disappear.

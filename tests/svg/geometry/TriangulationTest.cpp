@@ -423,6 +423,46 @@ TEST(TriangulationContract, OutlinesWithoutAreaEmitNothing) {
     }
 }
 
+// Path data often leaves a subpath open ("M0 0 H10 V10 H0 M...") and contour clean-up can move a
+// subpath's last point off its first; fills treat such runs as closed by a line back to their
+// start. A closed outline given in any segment order is not touched.
+TEST(TriangulationContract, OpenRunsAreFilledAsIfClosed) {
+    struct Case {
+        Outline outline;
+        double area;
+    };
+    const Case cases[] = {
+        {Outline("square without its last side")
+             .segment({0, 0}, {10, 0})
+             .segment({10, 0}, {10, 10})
+             .segment({10, 10}, {0, 10}),
+         100},
+        {Outline("two open runs")
+             .segment({0, 0}, {4, 0})
+             .segment({4, 0}, {4, 4})
+             .segment({10, 0}, {14, 0})
+             .segment({14, 0}, {14, 4}),
+         16},
+        {Outline("run ending a hair off its start")
+             .segment({0, 0}, {10, 0})
+             .segment({10, 0}, {10, 10})
+             .segment({10, 10}, {0, 10})
+             .segment({0, 10}, {0.01f, 0}),
+         100},
+        {Outline("closed square, segments shuffled")
+             .segment({10, 10}, {0, 10})
+             .segment({0, 0}, {10, 0})
+             .segment({0, 10}, {0, 0})
+             .segment({10, 0}, {10, 10}),
+         100},
+    };
+    for (const Case& c : cases) {
+        const Triangulation t = triangulate(c.outline, kNonZero);
+        ASSERT_TRUE(t.ok) << c.outline.describe();
+        EXPECT_NEAR(triangleArea(t), c.area, 0.06) << c.outline.describe();
+    }
+}
+
 TEST(TriangulationContract, RectangleIsOneTrapezoidWithItsOwnCorners) {
     for (bool ccw : {true, false}) {
         for (int rule : {kNonZero, kEvenOdd}) {

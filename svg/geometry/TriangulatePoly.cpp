@@ -659,16 +659,20 @@ bool TrapezoidRepresentation::splitPass() {
 
 // An outline whose runs do not all return to where they began (a subpath left open, or one
 // whose last point was moved off its first by clean-up) has no well-defined inside: the winding
-// number would change along a path that crosses no segment. Fills treat an open run as closed
-// by a straight line back to its start, so each run of consecutive segments (one ending where
-// the next begins, in input order) that starts at a vertex with more segments leaving than
-// arriving and ends at one with more arriving than leaving gets that closing segment. A closed
-// outline, in whatever order its segments come, has no such vertex and is left as it is.
+// number would change along a path that crosses no segment. Fills treat an open subpath as closed
+// by a straight line back to its start. Segments come from paths in order, so a run of
+// consecutive segments (each ending where the next begins) is a subpath or a piece of one; when
+// some vertex has more segments leaving than arriving, every run that does not end where it
+// began gets its closing segment. An outline with no such vertex is closed already, whatever the
+// order of its segments, and is left as it is.
 void TrapezoidRepresentation::closeOpenRuns(std::vector<Edge>& edges) const {
     std::vector<std::int64_t> balance(mVertices.size(), 0);  // leaving minus arriving
     for (const Edge& e : edges) {
         ++balance[e.a];
         --balance[e.b];
+    }
+    if (std::all_of(balance.begin(), balance.end(), [](std::int64_t b) { return b == 0; })) {
+        return;
     }
     const std::size_t count = edges.size();
     for (std::size_t first = 0; first < count;) {
@@ -676,12 +680,8 @@ void TrapezoidRepresentation::closeOpenRuns(std::vector<Edge>& edges) const {
         while (last + 1 < count && edges[last].b == edges[last + 1].a) {
             ++last;
         }
-        const std::uint32_t start = edges[first].a;
-        const std::uint32_t end = edges[last].b;
-        if (start != end && balance[start] > 0 && balance[end] < 0) {
-            edges.push_back({end, start, 1});
-            --balance[start];
-            ++balance[end];
+        if (edges[first].a != edges[last].b) {
+            edges.push_back({edges[last].b, edges[first].a, 1});
         }
         first = last + 1;
     }

@@ -21,11 +21,11 @@
 // the float lines, a vertical or horizontal side keeping its exact x or y), so triangles meet the
 // input exactly.
 //
-// Open runs: a run of consecutive segments (each ending where the next begins, in input order)
-// that does not return to its start leaves the winding number undefined; it is closed by a segment
-// back to its start, as fills close open subpaths. Only runs whose ends are unbalanced vertices
-// (more segments leaving than arriving at the start, the reverse at the end) are closed, so a
-// closed outline is never changed, whatever the order of its segments.
+// Open subpaths: when some vertex has more segments leaving than arriving, the outline is open
+// and its inside undefined; then every run of consecutive segments (each ending where the next
+// begins, in input order, as paths give them) that does not return to its start is closed by a
+// segment back to it, as fills close open subpaths. A closed outline is never changed, whatever
+// the order of its segments.
 //
 // Cost: O((n + k) log n) for n segments and k crossings, in vectors and pooled tree nodes.
 #pragma once

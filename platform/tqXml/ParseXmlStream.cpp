@@ -4,6 +4,7 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
+#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <string>
@@ -24,6 +25,35 @@ namespace tq::xml {
 namespace {
 
 constexpr int kChunkSize = 64 * 1024;
+
+// libxml2's push parser bounds neither the nesting depth nor how far entity references expand
+// into plain text (it catches entity loops, not a large entity referenced many times), so this
+// layer bounds both: a small document cannot make a handler build something huge or deep.
+// The depth is libxml2's own limit for its other parsers; the text and attribute values handed
+// over may exceed ten times the input read only within a fixed allowance.
+constexpr int kMaxDepth = 256;
+constexpr std::uint64_t kMaxAmplification = 10;
+constexpr std::uint64_t kExpansionAllowance = 16 * 1024 * 1024;
+
+// Diagnostics that libxml2 raises outside any parser context (a failed encoding conversion, an
+// I/O error) go to its generic handler, which prints them on standard error. The handler is
+// per thread; it is silenced on this thread for the parse and restored after, since what
+// matters reaches the SAX handler as a message (see parseChunk).
+class QuietGenericErrors {
+public:
+    QuietGenericErrors() : mFunction(xmlGenericError), mContext(xmlGenericErrorContext) {
+        xmlSetGenericErrorFunc(nullptr, &ignore);
+    }
+    ~QuietGenericErrors() { xmlSetGenericErrorFunc(mContext, mFunction); }
+    QuietGenericErrors(const QuietGenericErrors&) = delete;
+    QuietGenericErrors& operator=(const QuietGenericErrors&) = delete;
+
+private:
+    static void ignore(void*, const char*, ...) {}
+
+    xmlGenericErrorFunc mFunction;
+    void* mContext;
+};
 
 class StreamParser {
 public:
@@ -52,6 +82,41 @@ private:
         }
     }
 
+    // Stops the parser with a fatal message of this layer, positioned like libxml2's own.
+    void refuse(const std::string& what) {
+        if (mStopped) {
+            return;
+        }
+        const int line = mContext != nullptr ? xmlSAX2GetLineNumber(mContext) : 0;
+        const std::string message = line > 0 ? "line " + std::to_string(line) + ": " + what : what;
+        guarded([&] {
+            mHandler.onParserMessage(message, XmlFatalError);
+            return false;
+        });
+        stop();
+    }
+
+    // Counts text handed to the handler; false, after refusing, once it grows out of proportion
+    // to the input.
+    bool admit(std::size_t bytes) {
+        mDelivered += bytes;
+        if (mDelivered > kExpansionAllowance && mDelivered > kMaxAmplification * mConsumed) {
+            refuse("Entities or default attributes expand the document more than " +
+                   std::to_string(kMaxAmplification) + "-fold");
+            return false;
+        }
+        return true;
+    }
+
+    // libxml2 halts without a word to the SAX handler when the input cannot be converted to UTF-8
+    // part-way; without this check the document read until then would pass for the whole.
+    void parseChunk(const char* data, int size, bool terminate) {
+        const int result = xmlParseChunk(mContext, data, size, terminate ? 1 : 0);
+        if (result == XML_ERR_INVALID_ENCODING && mContext->wellFormed != 0 && !mStopped) {
+            refuse("Input conversion failed: the bytes do not match the document's encoding");
+        }
+    }
+
     void stop() {
         mStopped = true;
         if (mContext != nullptr) {
@@ -73,7 +138,10 @@ private:
     XmlSaxParserHandler& mHandler;
     xmlParserCtxtPtr mContext = nullptr;
     std::vector<XmlAttribute> mAttributes;
-    int mSkipDepth = 0;  // > 0 while inside an element the handler asked to skip
+    int mSkipDepth = 0;            // > 0 while inside an element the handler asked to skip
+    int mDepth = 0;                // open elements, skipped ones included
+    std::uint64_t mConsumed = 0;   // bytes read from the device
+    std::uint64_t mDelivered = 0;  // bytes of text and attribute values handed over
     bool mStopped = false;
     std::exception_ptr mException;
 };
@@ -91,6 +159,14 @@ void StreamParser::onEndDocument(void* ctx) {
 
 void StreamParser::onStartElement(void* ctx, const xmlChar* name, const xmlChar** attributes) {
     StreamParser& parser = self(ctx);
+    if (parser.mStopped) {
+        return;
+    }
+    if (++parser.mDepth > kMaxDepth) {
+        parser.refuse("Excessive depth in document: more than " + std::to_string(kMaxDepth) +
+                      " nested elements");
+        return;
+    }
     if (parser.mSkipDepth > 0) {
         ++parser.mSkipDepth;
         return;
@@ -100,6 +176,9 @@ void StreamParser::onStartElement(void* ctx, const xmlChar* name, const xmlChar*
         for (const xmlChar** a = attributes; a != nullptr && a[0] != nullptr; a += 2) {
             const std::string_view qname(reinterpret_cast<const char*>(a[0]));
             const std::string_view value(a[1] ? reinterpret_cast<const char*>(a[1]) : "");
+            if (!parser.admit(qname.size() + value.size())) {
+                return false;
+            }
             const std::size_t colon = qname.find(':');
             if (colon == std::string_view::npos) {
                 parser.mAttributes.push_back({qname, std::string_view(), value});
@@ -124,6 +203,7 @@ void StreamParser::onStartElement(void* ctx, const xmlChar* name, const xmlChar*
 
 void StreamParser::onEndElement(void* ctx, const xmlChar* name) {
     StreamParser& parser = self(ctx);
+    --parser.mDepth;
     if (parser.mSkipDepth > 0) {
         --parser.mSkipDepth;
         return;
@@ -133,7 +213,8 @@ void StreamParser::onEndElement(void* ctx, const xmlChar* name) {
 
 void StreamParser::onCharacters(void* ctx, const xmlChar* text, int length) {
     StreamParser& parser = self(ctx);
-    if (parser.mSkipDepth > 0) {
+    if (parser.mStopped || !parser.admit(static_cast<std::size_t>(length > 0 ? length : 0)) ||
+        parser.mSkipDepth > 0) {
         return;
     }
     parser.guarded(
@@ -197,12 +278,14 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
     sax.error = &StreamParser::onDiagnostic;
     sax.fatalError = &StreamParser::onDiagnostic;
 
+    const QuietGenericErrors quiet;
     std::vector<char> chunk(kChunkSize);
     int64 got = device.read(chunk.data(), kChunkSize);
     bool readFailed = got < 0;
     if (readFailed) {
         got = 0;
     }
+    mConsumed += static_cast<std::uint64_t>(got);
     mContext = xmlCreatePushParserCtxt(&sax, nullptr, chunk.data(), 0, nullptr);
     if (mContext == nullptr) {
         mHandler.onParserMessage("Failed to create the XML parser", XmlFatalError);
@@ -215,7 +298,7 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
 
     bool cancelled = false;
     while (!mStopped && !readFailed && got > 0) {
-        xmlParseChunk(mContext, chunk.data(), static_cast<int>(got), 0);
+        parseChunk(chunk.data(), static_cast<int>(got), false);
         if (mStopped) {
             break;
         }
@@ -225,6 +308,7 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
         }
         got = device.read(chunk.data(), kChunkSize);
         readFailed = got < 0;
+        mConsumed += readFailed ? 0 : static_cast<std::uint64_t>(got);
     }
     if (readFailed && !mStopped) {
         guarded(
@@ -232,7 +316,7 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
         mStopped = true;
     }
     if (!mStopped && !cancelled) {
-        xmlParseChunk(mContext, nullptr, 0, 1);
+        parseChunk(nullptr, 0, true);
     }
     const bool wellFormed = mContext->wellFormed != 0;
     if (mContext->myDoc != nullptr) {

@@ -1,0 +1,321 @@
+// Documents made to hurt the reader: entities that reach for files or the network or expand
+// without end, depth, size, broken encodings and garbage. Each must be refused with a message, in
+// bounded time, without touching anything outside the document.
+#include "svg/tqSvg.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <list>
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+using namespace tq::svg;
+using namespace std::string_literals;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Item = ItemInterfacePointer<ItemInterface>;
+using Clock = std::chrono::steady_clock;
+
+// Far above what any of these documents needs even under the sanitizers, far below what an
+// unbounded expansion or a network timeout would take.
+constexpr std::chrono::seconds kTimeBound(10);
+
+struct Outcome {
+    bool ok = false;
+    bool replaced = false;  // the caller's item changed
+    std::string messages;   // every message, one a line
+    std::string saved;      // the loaded tree saved again, when one loaded
+    Clock::duration elapsed{};
+};
+
+Outcome loadDevice(tqIoDevice& device, bool ignoreUnsupported, bool save) {
+    Outcome outcome;
+    const Item marker = std::make_shared<Node>();
+    Item out = marker;
+    LoadOptions options;
+    options.ignoreUnsupported = ignoreUnsupported;
+    std::list<std::string> messages;
+    const auto start = Clock::now();
+    outcome.ok = tqSvgIOManager::get().loadSvg(out, device, "svg", nullptr, &options, &messages);
+    outcome.elapsed = Clock::now() - start;
+    outcome.replaced = out != marker;
+    for (const std::string& message : messages) {
+        outcome.messages += message + "\n";
+    }
+    if (save && outcome.ok && out) {
+        tqIoDeviceMemory saved;
+        SaveOptions saveOptions;
+        saveOptions.writeHeader = false;
+        tqSvgIOManager::get().saveSvg(*out, saved, "svg", nullptr, &saveOptions, nullptr);
+        outcome.saved = saved.getContent();
+    }
+    return outcome;
+}
+
+// `save`: whether to save what loaded into Outcome::saved.
+Outcome load(const std::string& text, bool ignoreUnsupported = false, bool save = true) {
+    tqIoDeviceMemory device(text);
+    return loadDevice(device, ignoreUnsupported, save);
+}
+
+class HostileXml : public testing::Test {
+protected:
+    void SetUp() override {
+        initializeTqSvg();
+        const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
+        directory = fs::path(testing::TempDir()) / ("hostile_xml_" + test);
+        fs::create_directories(directory);
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        fs::remove_all(directory, ignored);
+        terminateTqSvg();
+    }
+
+    fs::path directory;
+};
+
+// A TCP listener on an ephemeral port of the loopback interface that tells whether anybody
+// connected: the kernel completes a connection into the backlog without an accept().
+class Listener {
+public:
+    Listener() {
+        mSocket = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        if (mSocket < 0 || bind(mSocket, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
+            listen(mSocket, 8) != 0 ||
+            getsockname(mSocket, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+            return;
+        }
+        mPort = ntohs(address.sin_port);
+    }
+    ~Listener() {
+        if (mSocket >= 0) {
+            close(mSocket);
+        }
+    }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    int port() const { return mPort; }
+    std::string url(const std::string& file) const {
+        return "http://127.0.0.1:" + std::to_string(mPort) + "/" + file;
+    }
+    bool connected() const {
+        pollfd pending{mSocket, POLLIN, 0};
+        return poll(&pending, 1, 0) > 0;
+    }
+
+private:
+    int mSocket = -1;
+    int mPort = 0;
+};
+
+std::string repeated(const std::string& piece, std::size_t count) {
+    std::string out;
+    out.reserve(piece.size() * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        out += piece;
+    }
+    return out;
+}
+
+// Ten levels of ten references each over "ha": 2 * 10^10 bytes once expanded.
+std::string laughs(const std::string& body) {
+    std::string dtd = "<!ENTITY l0 \"ha\">";
+    for (int i = 1; i <= 10; ++i) {
+        dtd += "<!ENTITY l" + std::to_string(i) + " \"" +
+               repeated("&l" + std::to_string(i - 1) + ";", 10) + "\">";
+    }
+    return "<!DOCTYPE svg [" + dtd + "]><svg>" + body + "</svg>";
+}
+
+struct HostileCase {
+    const char* name;
+    std::function<std::string()> document;
+};
+
+// Everything here is refused whatever the options: no case is about unsupported content.
+const HostileCase kCases[] = {
+    {"billion laughs", [] { return laughs("<text>&l10;</text>"); }},
+    {"quadratic blowup",
+     [] {
+         return "<!DOCTYPE svg [<!ENTITY a \"" + std::string(100000, 'x') + "\">]><svg><text>" +
+                repeated("&a;", 100000) + "</text></svg>";
+     }},
+    {"entity expanding into an attribute", [] { return laughs("<rect id=\"&l10;\"/>"); }},
+    {"recursive entity",
+     [] {
+         return std::string("<!DOCTYPE svg [<!ENTITY a \"&b;\"><!ENTITY b \"&a;\">]>") +
+                "<svg><text>&a;</text></svg>";
+     }},
+    {"100k-deep nesting",
+     [] { return "<svg>" + repeated("<g>", 100000) + repeated("</g>", 100000) + "</svg>"; }},
+    {"100 MB attribute value",
+     [] { return "<svg><rect id=\"" + std::string(100 << 20, 'a') + "\"/></svg>"; }},
+    {"truncated in an attribute", [] { return std::string("<svg><g><rect x=\"1"); }},
+    {"truncated after a start tag", [] { return std::string("<svg><g>"); }},
+    {"empty input", [] { return std::string(); }},
+    {"invalid UTF-8 in an element name",
+     [] {
+         return "<svg><r\xff\xfe"
+                "ect/></svg>"s;
+     }},
+    {"invalid UTF-8 in an attribute name",
+     [] { return std::string("<svg><rect \xc3(=\"1\"/></svg>"); }},
+    {"invalid UTF-8 in an attribute value",
+     [] { return std::string("<svg><path d=\"M0 0 L1 1\xc3\x28\"/></svg>"); }},
+    {"invalid UTF-8 in text", [] { return std::string("<svg><text>a\xed\xa0\x80z</text></svg>"); }},
+    {"overlong UTF-8 encoding", [] { return std::string("<svg><text>\xc0\xbc</text></svg>"); }},
+    {"bytes that do not match the declared encoding",
+     [] {
+         return std::string("<?xml version=\"1.0\" encoding=\"ISO-2022-JP\"?><svg><rect/>") +
+                "\x1b$B\xff\xff</svg>";
+     }},
+    {"NUL byte in content", [] { return "<svg>\0<rect/></svg>"s; }},
+    {"NUL byte in an attribute value", [] { return "<svg><rect id=\"a\0b\"/></svg>"s; }},
+    {"binary garbage",
+     [] {
+         std::mt19937 random(20240611);
+         std::string bytes(1 << 20, '\0');
+         for (char& byte : bytes) {
+             byte = static_cast<char>(random());
+         }
+         return bytes;
+     }},
+    {"binary garbage after a root tag",
+     [] {
+         std::mt19937 random(7);
+         std::string bytes = "<svg>";
+         for (int i = 0; i < 65536; ++i) {
+             bytes += static_cast<char>(random());
+         }
+         return bytes;
+     }},
+};
+
+}  // namespace
+
+TEST_F(HostileXml, EveryCaseIsRefusedWithAMessageInBoundedTime) {
+    for (const HostileCase& hostile : kCases) {
+        const std::string document = hostile.document();
+        for (bool ignoreUnsupported : {false, true}) {
+            SCOPED_TRACE(std::string(hostile.name) +
+                         (ignoreUnsupported ? ", ignoring unsupported" : ", strict"));
+            const Outcome outcome = load(document, ignoreUnsupported);
+            EXPECT_FALSE(outcome.ok) << outcome.saved.substr(0, 300);
+            EXPECT_FALSE(outcome.replaced);
+            EXPECT_FALSE(outcome.messages.empty());
+            // A message quotes at most a bounded part of the document.
+            EXPECT_LT(outcome.messages.size(), 100000u) << outcome.messages.substr(0, 300);
+            EXPECT_LT(outcome.elapsed, kTimeBound);
+        }
+    }
+}
+
+TEST_F(HostileXml, ExternalEntitiesNeverReadALocalFile) {
+    const std::string secret = "tqsvg-secret-7f3a9c";
+    const fs::path file = directory / "secret.txt";
+    std::ofstream(file) << secret;
+    std::ofstream(directory / "secret.dtd") << "<!ENTITY leak \"" << secret << "\">";
+    const std::string url = "file://" + file.string();
+    const std::string dtdUrl = "file://" + (directory / "secret.dtd").string();
+    const std::string documents[] = {
+        // A general entity in text, by URL and by plain path.
+        "<!DOCTYPE svg [<!ENTITY x SYSTEM \"" + url + "\">]><svg><text>&x;</text></svg>",
+        "<!DOCTYPE svg [<!ENTITY x SYSTEM \"" + file.string() + "\">]><svg><text>&x;</text></svg>",
+        // In an attribute value, where XML forbids it anyway.
+        "<!DOCTYPE svg [<!ENTITY x SYSTEM \"" + url + "\">]><svg><rect id=\"&x;\"/></svg>",
+        // A parameter entity pulling declarations in, and an external subset.
+        "<!DOCTYPE svg [<!ENTITY % p SYSTEM \"" + dtdUrl +
+            "\"> %p;]><svg><text>&leak;</text></svg>",
+        "<!DOCTYPE svg SYSTEM \"" + dtdUrl + "\"><svg><text>&leak;</text></svg>",
+        // Inside a style sheet, whose text the loader keeps.
+        "<!DOCTYPE svg [<!ENTITY x SYSTEM \"" + url + "\">]><svg><style>&x;</style></svg>",
+    };
+    for (const std::string& document : documents) {
+        for (bool ignoreUnsupported : {false, true}) {
+            SCOPED_TRACE(document);
+            const Outcome outcome = load(document, ignoreUnsupported);
+            EXPECT_EQ(outcome.messages.find(secret), std::string::npos) << outcome.messages;
+            EXPECT_EQ(outcome.saved.find(secret), std::string::npos) << outcome.saved;
+            EXPECT_LT(outcome.elapsed, kTimeBound);
+        }
+    }
+    // The same through a file the manager opens itself, beside the secret.
+    const fs::path svg = directory / "drawing.svg";
+    std::ofstream(svg) << documents[0];
+    Item out;
+    std::list<std::string> messages;
+    tqSvgIOManager::get().loadSvg(out, svg.string(), nullptr, nullptr, &messages);
+    for (const std::string& message : messages) {
+        EXPECT_EQ(message.find(secret), std::string::npos) << message;
+    }
+}
+
+TEST_F(HostileXml, NothingIsFetchedFromTheNetwork) {
+    Listener listener;
+    ASSERT_NE(listener.port(), 0) << "no loopback listener";
+    const std::string documents[] = {
+        "<!DOCTYPE svg SYSTEM \"" + listener.url("x.dtd") + "\"><svg/>",
+        "<!DOCTYPE svg PUBLIC \"-//W3C//DTD SVG 1.1//EN\" \"" + listener.url("svg11.dtd") +
+            "\"><svg><rect/></svg>",
+        "<!DOCTYPE svg [<!ENTITY % remote SYSTEM \"" + listener.url("e.dtd") +
+            "\"> %remote;]><svg/>",
+        "<!DOCTYPE svg [<!ENTITY x SYSTEM \"" + listener.url("x.txt") +
+            "\">]><svg><text>&x;</text></svg>",
+        // The discard port, where nothing listens: an attempt would cost a refusal or a timeout.
+        "<!DOCTYPE svg SYSTEM \"http://127.0.0.1:9/x.dtd\"><svg/>",
+    };
+    for (const std::string& document : documents) {
+        SCOPED_TRACE(document);
+        const Outcome outcome = load(document);
+        EXPECT_LT(outcome.elapsed, kTimeBound);
+        EXPECT_FALSE(listener.connected());
+        // Refused or loaded without the remote part; either way with nothing from it.
+        if (!outcome.ok) {
+            EXPECT_FALSE(outcome.messages.empty());
+        }
+    }
+}
+
+TEST_F(HostileXml, TheBoundsLeaveOrdinaryDocumentsAlone) {
+    // 256 nested elements, the root included, is the deepest document accepted.
+    const auto nested = [](int groups) {
+        return "<svg>" + repeated("<g>", groups) + "<rect/>" + repeated("</g>", groups) + "</svg>";
+    };
+    EXPECT_TRUE(load(nested(254)).ok);
+    const Outcome tooDeep = load(nested(255));
+    EXPECT_FALSE(tooDeep.ok);
+    EXPECT_NE(tooDeep.messages.find("Excessive depth"), std::string::npos) << tooDeep.messages;
+
+    // Entities may expand a document severalfold, and a small one up to the fixed allowance.
+    const std::string kilobyte(1000, 'x');
+    const Outcome expanded =
+        load("<!DOCTYPE svg [<!ENTITY k \"" + kilobyte + "\">]><svg><text>" +
+             repeated("&k;", 4000) + "</text><rect id=\"" + repeated("&k;", 100) + "\"/></svg>");
+    EXPECT_TRUE(expanded.ok) << expanded.messages;
+    EXPECT_NE(expanded.saved.find(repeated(kilobyte, 4000)), std::string::npos);
+
+    // Plain text as large as the allowance and more, without entities, is no expansion.
+    const std::string text(17 << 20, 't');
+    const Outcome large = load("<svg><text>" + text + "</text></svg>", false, false);
+    EXPECT_TRUE(large.ok) << large.messages;
+}

@@ -877,7 +877,14 @@ float xAtHeight(const Wm4::Vector2f& P, const Wm4::Vector2f& Q, float y) {
     }
     const double x =
         P.X() + (double(y) - P.Y()) * (double(Q.X()) - P.X()) / (double(Q.Y()) - P.Y());
-    return std::isfinite(x) ? static_cast<float>(x) : P.X();
+    if (!std::isfinite(x)) {
+        return P.X();
+    }
+    // Within the segment's own x range: a height at or just past an end (a snapped vertex) must
+    // not carry the point beyond it, nor past the float range on huge coordinates.
+    const double lo = std::min(P.X(), Q.X());
+    const double hi = std::max(P.X(), Q.X());
+    return static_cast<float>(std::clamp(x, lo, hi));
 }
 
 bool keeps(TriangulationFillRule rule, std::int64_t winding) {

@@ -21,6 +21,8 @@
 
 #include <gtest/gtest.h>
 
+#include "LibraryTest.h"
+
 using namespace tq::svg;
 using namespace std::string_literals;
 namespace fs = std::filesystem;
@@ -72,22 +74,7 @@ Outcome load(const std::string& text, bool ignoreUnsupported = false, bool save 
     return loadDevice(device, ignoreUnsupported, save);
 }
 
-class HostileXml : public testing::Test {
-protected:
-    void SetUp() override {
-        initializeTqSvg();
-        const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
-        directory = fs::path(testing::TempDir()) / ("hostile_xml_" + test);
-        fs::create_directories(directory);
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(directory, ignored);
-        terminateTqSvg();
-    }
-
-    fs::path directory;
-};
+using HostileXml = tq::test::LibraryTest;
 
 // A TCP listener on an ephemeral port of the loopback interface that tells whether anybody
 // connected: the kernel completes a connection into the backlog without an accept().

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include "LibraryTest.h"
+
 using namespace tq::svg;
 using Messages = std::list<std::string>;
 using Item = ItemInterfacePointer<ItemInterface>;
@@ -17,20 +19,8 @@ namespace {
 
 const char* const kDocument = "<svg><rect/></svg>";
 
-class SvgIOManager : public testing::Test {
+class SvgIOManager : public tq::test::LibraryTest {
 protected:
-    void SetUp() override {
-        initializeTqSvg();
-        const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
-        directory = fs::path(testing::TempDir()) / ("svg_io_manager_" + test);
-        fs::create_directories(directory);
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(directory, ignored);
-        terminateTqSvg();
-    }
-
     std::string writeFile(const std::string& name, const std::string& content) const {
         std::ofstream(directory / name, std::ios::binary)
             .write(content.data(), static_cast<std::streamsize>(content.size()));
@@ -42,8 +32,6 @@ protected:
         tqIoDeviceMemory device(text);
         return tqSvgIOManager::get().loadSvg(out, device, name, nullptr, options, messages);
     }
-
-    fs::path directory;
 };
 
 // The built-in driver with its device load replaced, to see what the file load passes on.

@@ -2,6 +2,7 @@
 // from bytes through the manager as a host does, and a report that stops the run.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -72,6 +73,30 @@ inline LoadResult load(const char* target, const std::string& bytes, bool ignore
         fail(target, "a load succeeded without giving an item", joined(result.messages));
     }
     return result;
+}
+
+// Whether no number is an infinity or NaN, which several targets set aside: such numbers are
+// stored as read but have no text that reads back to them.
+inline bool allFinite(const Wm4::Matrix3f& m) {
+    for (int r = 0; r < 3; ++r) {
+        for (int c = 0; c < 3; ++c) {
+            if (!std::isfinite(m(r, c))) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+inline bool allFinite(const std::list<svg::Path::Command>& commands) {
+    for (const svg::Path::Command& command : commands) {
+        for (float value : command.values) {
+            if (!std::isfinite(value)) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 // The input after its first byte, which the targets use for options.

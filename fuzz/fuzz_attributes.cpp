@@ -50,17 +50,6 @@ bool sameMatrix(const Wm4::Matrix3f& a, const Wm4::Matrix3f& b) {
     return true;
 }
 
-bool finite(const Wm4::Matrix3f& m) {
-    for (int r = 0; r < 3; ++r) {
-        for (int c = 0; c < 3; ++c) {
-            if (!std::isfinite(m(r, c))) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
 void transformList(const std::string& text) {
     const Wm4::Matrix3f marker(2, 3, 5, 7, 11, 13, 17, 19, 23);
     Wm4::Matrix3f whole = marker;
@@ -78,7 +67,7 @@ void transformList(const std::string& text) {
         }
         return;
     }
-    if (!finite(whole)) {
+    if (!tq::fuzz::allFinite(whole)) {
         return;  // inf and NaN arguments propagate into the product as they will
     }
     if (whole(2, 0) != 0.0f || whole(2, 1) != 0.0f || whole(2, 2) != 1.0f) {

@@ -10,7 +10,6 @@
 // no message, deliberately: a command letter with no number.)
 #include <utf8.h>
 
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <list>
@@ -72,12 +71,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     // A number beyond the float range is stored as an infinity, which no path data spells:
     // such commands are deliberately not carried back.
-    for (const Path::Command& command : commands) {
-        for (float value : command.values) {
-            if (!std::isfinite(value)) {
-                return 0;
-            }
-        }
+    if (!tq::fuzz::allFinite(commands)) {
+        return 0;
     }
     // Write the commands out as the saver formats numbers and read them back.
     std::string written;

@@ -21,7 +21,6 @@
 // composing it with the identity gives NaN), and an svg nested in another declares the namespace
 // again, which the loader refuses. Everything else the loader can produce is written in a form
 // it reads back.
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -118,23 +117,13 @@ bool carriable(const tq::svg::ItemInterface& item, bool root) {
     if (!root && item.getType() == tq::svg::ItemType::Document) {
         return false;
     }
-    if (const auto& transform = item.getTransform()) {
-        for (int r = 0; r < 3; ++r) {
-            for (int c = 0; c < 3; ++c) {
-                if (!std::isfinite((*transform)(r, c))) {
-                    return false;
-                }
-            }
-        }
+    const auto& transform = item.getTransform();
+    if (transform && !tq::fuzz::allFinite(*transform)) {
+        return false;
     }
-    if (item.getType() == tq::svg::ItemType::Path) {
-        for (const auto& command : static_cast<const tq::svg::Path&>(item).commands) {
-            for (float value : command.values) {
-                if (!std::isfinite(value)) {
-                    return false;
-                }
-            }
-        }
+    if (item.getType() == tq::svg::ItemType::Path &&
+        !tq::fuzz::allFinite(static_cast<const tq::svg::Path&>(item).commands)) {
+        return false;
     }
     if (const auto* node = dynamic_cast<const tq::svg::Node*>(&item)) {
         for (const auto& child : node->getChildren()) {

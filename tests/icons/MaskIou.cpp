@@ -3,7 +3,7 @@
 // Prints the intersection over union of the two pictures' alpha masks, each thresholded at half
 // coverage, and optionally writes the two pictures side by side with their difference (red:
 // covered only by ours, blue: only by the reference). Both pictures must have the same size.
-// Exit code 0 with the figure, 1 on unreadable or mismatched input.
+// Exit code 0 with the figure, 1 on unreadable or mismatched input, 2 on wrong usage.
 #include <cairo.h>
 
 #include <cstdint>

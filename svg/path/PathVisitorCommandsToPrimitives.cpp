@@ -9,9 +9,6 @@ namespace {
 
 using Type = Path::CommandType;
 
-// Numbers each kind carries, indexed by its value.
-constexpr std::size_t kNumberCount[] = {2, 2, 2, 2, 7, 7, 1, 1, 1, 1, 6, 6, 4, 4, 0};
-
 bool isCubic(Type type) {
     return type == Type::CubicBezier || type == Type::CubicBezierRel ||
            type == Type::SmoothCubicBezier || type == Type::SmoothCubicBezierRel;
@@ -45,7 +42,8 @@ void PathVisitorCommandsToPrimitives::visit() {
     const Path::Command* previous = nullptr;
     for (const Path::Command& command : mCommands) {
         const auto kind = static_cast<std::size_t>(command.type);
-        if (kind < std::size(kNumberCount) && command.values.size() >= kNumberCount[kind]) {
+        if (kind < std::size(Path::CommandValueCounts) &&
+            command.values.size() >= Path::CommandValueCounts[kind]) {
             if (command.type == Type::MoveTo || command.type == Type::MoveToRel) {
                 startNewRun = true;
             }

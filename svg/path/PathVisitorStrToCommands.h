@@ -3,10 +3,10 @@
 
 #include <list>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "svg/model/Path.h"
-#include "svg/path/PathVisitorStrToTokens.h"
+#include "svg/tqSvgExport.h"
 
 namespace tq::svg {
 
@@ -17,15 +17,16 @@ public:
     PathVisitorStrToCommands(const PathVisitorStrToCommands&) = delete;
     PathVisitorStrToCommands& operator=(const PathVisitorStrToCommands&) = delete;
 
-    bool visit() { return mTokens.visit(); }
-    const std::string& getErrorString() const { return mTokens.getErrorString(); }
+    // Parses the whole text: one record per group of numbers; extra pairs after a moveto are
+    // lines, as in SVG. True when all of it was accepted. Call once.
+    bool visit();
+    // The message of the refusal; empty after a success (and after some refusals).
+    const std::string& getErrorString() const { return mError; }
 
 private:
-    // One record per group of numbers; extra pairs after a moveto are lines, as in SVG.
-    void visitorCallback(char letter, std::vector<float>&& numbers);
-
-    PathVisitorStrToTokens mTokens;
+    std::string mText;
     std::list<Path::Command>& mOut;
+    std::string mError;
 };
 
 // Parses `text` and appends its commands to `out`. On a refusal returns false, sets `*error`

@@ -33,31 +33,10 @@ public:
     const std::string& getErrorString() const { return mError; }
 
 private:
-    Match consumeSvgPath(const char*& pos);
-    Match consumeMoveToDrawToCommandGroup(const char*& pos, bool required);
-    Match consumeDrawToCommand(const char*& pos);
-    Match consumeCommandWithFloatSequence(const char*& pos, const char* letters, int count);
-    Match consumeCoordinateSequence(const char*& pos, std::vector<float>& out, int count);
-    Match consumeCoordinate(const char*& pos, float& out);
-    Match consumeSeparator(const char*& pos);
-    Match consumeFlag(const char*& pos, bool& out);
-    Match consumeEllipticalArcSequence(const char*& pos);
-    Match consumeClosePath(const char*& pos);
-    void consumeAnyWhiteSpace(const char*& pos);
-
-    // The code point at `pos` (< end); throws the utf8 exceptions on malformed UTF-8.
-    char32_t peek(const char* pos) const;
-    bool isWhiteSpace(const char* pos) const;
-    std::string positionOf(const char* pos) const;
-    void emit(char letter);
-
     std::string mText;
-    const char* mBegin;
-    const char* mEnd;
     Callback mCallback;
     std::string mError;
-    const char* mPos;
-    std::vector<float> mNumbers;  // scratch of the command being read; its capacity is reused
+    std::vector<float> mNumbers;  // the command being read; its capacity is reused
 };
 
 }  // namespace tq::svg

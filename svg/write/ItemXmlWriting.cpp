@@ -1,6 +1,8 @@
 // Serialisation of the items: one element each, attributes in a fixed order.
 #include <libxml/xmlwriter.h>
 
+#include <algorithm>
+
 #include <tqSystem/tqLog.h>
 #include <tqSystem/tqStringUtils.h>
 
@@ -67,17 +69,6 @@ void appendToken(std::string& d, float value, bool flag, const SaveOptions& opti
     }
 }
 
-// Number of arguments per command type and which of them are arc flags.
-struct ArgumentPattern {
-    int count;
-    int firstFlag;  // index of the first of two flags, or -1
-};
-
-constexpr ArgumentPattern kPatterns[15] = {
-    {2, -1}, {2, -1}, {2, -1}, {2, -1}, {7, 3},  {7, 3},  {1, -1}, {1, -1},
-    {1, -1}, {1, -1}, {6, -1}, {6, -1}, {4, -1}, {4, -1}, {0, -1},
-};
-
 // Whether the letter of `type` may be left out after `previous`: lines repeat implicitly after a
 // moveto of the same kind of coordinates, curves and arcs after themselves.
 bool repeatsImplicitly(Path::CommandType type, int previous) {
@@ -102,7 +93,7 @@ std::string buildPathData(const std::list<Path::Command>& commands, const SaveOp
     int previous = -1;
     for (const Path::Command& command : commands) {
         const auto index = static_cast<std::size_t>(command.type);
-        if (index >= std::size(kPatterns)) {
+        if (index >= std::size(Path::CommandValueCounts)) {
             continue;
         }
         if (!repeatsImplicitly(command.type, previous)) {
@@ -111,13 +102,10 @@ std::string buildPathData(const std::list<Path::Command>& commands, const SaveOp
             }
             d += Path::CommandLetters[index];
         }
-        const ArgumentPattern& pattern = kPatterns[index];
-        for (int i = 0; i < pattern.count && static_cast<std::size_t>(i) < command.values.size();
-             ++i) {
-            const float value = command.values[static_cast<std::size_t>(i)];
-            const bool flag =
-                pattern.firstFlag >= 0 && (i == pattern.firstFlag || i == pattern.firstFlag + 1);
-            appendToken(d, value, flag, options);
+        const std::size_t count =
+            std::min<std::size_t>(Path::CommandValueCounts[index], command.values.size());
+        for (std::size_t i = 0; i < count; ++i) {
+            appendToken(d, command.values[i], Path::IsFlag(command.type, i), options);
         }
         previous = static_cast<int>(index);
     }

@@ -1,0 +1,590 @@
+// The path-data grammar of both reading profiles, one scanner (internal).
+//
+// The scanner reads a "d" value once, left to right, and hands its sink each command as it
+// completes, group by group: begin(letter), then group(values, count) for every complete group
+// of numbers (arc flags as 0 or 1), then end(); a command that fails after some of its groups
+// were handed over gets abandon() instead of end() under the subset grammar, which keeps whole
+// commands only.
+//
+// SubsetGrammar is the library's deliberate reading: white space is only space and line feed,
+// commas may not stand between two groups of one command, arc flags must stand apart from what
+// follows them, a number is the longest run of number characters converted as a whole, and there
+// are no quadratic curves. A refusal leaves one positioned message. Malformed UTF-8 met where a
+// rule tests a character raises the utf8 exceptions.
+//
+// StandardGrammar reads SVG's path grammar as browsers do: every XML white space, commas
+// wherever the grammar allows them, compact arc flags ("a1 1 0 01 5 5"), numbers by the SVG
+// number syntax ("1e5.5" is 1e5 then .5), the quadratic commands, and on an error every group
+// completed before it is kept (the message says where the rest was dropped). Non-finite numbers
+// are errors. Bytes outside ASCII never match and never throw.
+//
+// Neither allocates per number or per command: numbers are converted as they are scanned (an
+// exact double multiplication for the usual short decimals, the general conversion otherwise)
+// and groups sit in a fixed array.
+#pragma once
+
+#include <utf8.h>
+
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <tqSystem/tqStringUtils.h>
+
+#include "svg/model/SvgNumber.h"
+#include "svg/model/detail/ExactDecimal.h"
+
+namespace tq::svg::detail {
+
+// The numbers a group of each command letter holds; 0 for Z and for letters that are no command.
+// The quadratic letters count only where the grammar has them.
+constexpr int PathGroupSize(char letter, bool quadratics) {
+    switch (letter) {
+        case 'M':
+        case 'm':
+        case 'L':
+        case 'l':
+            return 2;
+        case 'H':
+        case 'h':
+        case 'V':
+        case 'v':
+            return 1;
+        case 'C':
+        case 'c':
+            return 6;
+        case 'S':
+        case 's':
+            return 4;
+        case 'A':
+        case 'a':
+            return 7;
+        case 'Q':
+        case 'q':
+            return quadratics ? 4 : 0;
+        case 'T':
+        case 't':
+            return quadratics ? 2 : 0;
+        default:
+            return 0;
+    }
+}
+
+struct SubsetGrammar {
+    static constexpr bool kStandard = false;
+};
+
+struct StandardGrammar {
+    static constexpr bool kStandard = true;
+};
+
+template <class Grammar, class Sink>
+class PathDataScanner {
+public:
+    PathDataScanner(std::string_view text, Sink& sink)
+        : mBegin(text.data()), mEnd(text.data() + text.size()), mSink(sink) {}
+
+    // True when the whole text was accepted; otherwise error() says why (under the subset
+    // grammar it may be empty: a letter followed by no number, deliberately).
+    bool scan() {
+        const char* pos = mBegin;
+        if constexpr (Grammar::kStandard) {
+            return scanStandard(pos);
+        } else {
+            if (consumeSvgPath(pos) == Invalid) {
+                return false;
+            }
+            if (pos == mEnd) {
+                return true;
+            }
+            if (mError.empty()) {
+                mError = "Unrecognized sequence at position " + positionOf(pos);
+            }
+            return false;
+        }
+    }
+
+    const std::string& error() const { return mError; }
+
+private:
+    enum Match { NoMatch = 0, Invalid = 1, Matched = 2 };
+
+    static bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+    // Under the subset grammar every rule that tests a character decodes it, so that malformed
+    // UTF-8 raises the utf8 exceptions; a well-formed non-ASCII character matches nothing.
+    char peek(const char* pos) const {
+        if constexpr (!Grammar::kStandard) {
+            if (static_cast<unsigned char>(*pos) >= 0x80) {
+                utf8::next(pos, mEnd);
+                return '\x80';
+            }
+        }
+        return *pos;
+    }
+
+    bool isSpace(const char* pos) const {
+        const char c = peek(pos);
+        if constexpr (Grammar::kStandard) {
+            return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f';
+        } else {
+            return c == ' ' || c == '\n';
+        }
+    }
+
+    void skipSpace(const char*& pos) const {
+        while (pos != mEnd && isSpace(pos)) {
+            ++pos;
+        }
+    }
+
+    std::string positionOf(const char* pos) const {
+        return tqStringUtils::fromUInt64(static_cast<uint64>(pos - mBegin), 1);
+    }
+
+    // ---- numbers -------------------------------------------------------------------------------
+
+    // Whether `c` may extend a subset number run that began at `runStart` and reached `at`.
+    static bool extendsRun(char c, const char* runStart, const char* at, bool point) {
+        return isDigit(c) || c == 'e' || c == 'E' ||
+               ((c == '+' || c == '-') && (at == runStart || at[-1] == 'e' || at[-1] == 'E')) ||
+               (c == '.' && !point);
+    }
+
+    // The usual shape [sign]digits[.digits][e[sign]digits] from `p`, converted in the same pass.
+    // Sets `p` past what it read; `exact` is false when the value needs the general conversion.
+    static void scanDecimal(const char*& p, const char* end, bool& anyDigit, bool& point,
+                            bool& exact, double& value) {
+        bool negative = false;
+        if (p != end && (*p == '-' || *p == '+')) {
+            negative = *p == '-';
+            ++p;
+        }
+        std::uint64_t mantissa = 0;
+        int significant = 0;
+        int exponent = 0;
+        anyDigit = false;
+        point = false;
+        for (; p != end && isDigit(*p); ++p) {
+            anyDigit = true;
+            if (mantissa != 0 || *p != '0') {
+                mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+                ++significant;
+            }
+        }
+        if (p != end && *p == '.') {
+            point = true;
+            for (++p; p != end && isDigit(*p); ++p) {
+                anyDigit = true;
+                if (mantissa != 0 || *p != '0') {
+                    mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+                    ++significant;
+                }
+                --exponent;
+            }
+        }
+        if (anyDigit && p != end && (*p == 'e' || *p == 'E')) {
+            const char* q = p + 1;
+            bool negativeExponent = false;
+            if (q != end && (*q == '-' || *q == '+')) {
+                negativeExponent = *q == '-';
+                ++q;
+            }
+            if (q != end && isDigit(*q)) {
+                int e = 0;
+                for (; q != end && isDigit(*q); ++q) {
+                    e = e < 10000 ? e * 10 + (*q - '0') : e;
+                }
+                exponent += negativeExponent ? -e : e;
+                p = q;
+            }
+        }
+        exact = anyDigit && ExactDecimalToDouble(mantissa, significant, exponent, value);
+        if (exact && negative) {
+            value = -value;
+        }
+    }
+
+    // One number at `pos`. Subset: the longest run of number characters, which must convert as
+    // a whole. Standard: the longest prefix that is a number, which must be finite.
+    Match consumeNumber(const char*& pos, float& out) const {
+        const char* p = pos;
+        bool anyDigit = false;
+        bool point = false;
+        bool exact = false;
+        double value = 0.0;
+        scanDecimal(p, mEnd, anyDigit, point, exact, value);
+        if constexpr (Grammar::kStandard) {
+            if (!anyDigit) {
+                return NoMatch;
+            }
+            float narrowed = static_cast<float>(value);
+            if (!exact && !ParseSvgNumber(std::string_view(pos, static_cast<std::size_t>(p - pos)),
+                                          narrowed)) {
+                return Invalid;
+            }
+            if (!std::isfinite(narrowed)) {
+                return Invalid;
+            }
+            pos = p;
+            out = narrowed;
+            return Matched;
+        } else {
+            // Past the usual shape the run may still go on ("1e5.5", "2.e", "--"): scan it whole.
+            bool usual = anyDigit;
+            if (p != mEnd && extendsRun(peek(p), pos, p, point)) {
+                usual = false;
+                for (; p != mEnd && extendsRun(peek(p), pos, p, point); ++p) {
+                    point = point || *p == '.';
+                }
+            }
+            if (p == pos) {
+                return NoMatch;
+            }
+            const char* run = pos;
+            pos = p;
+            if (usual && exact) {
+                out = static_cast<float>(value);
+                return Matched;
+            }
+            return ParseSvgNumber(std::string_view(run, static_cast<std::size_t>(p - run)), out)
+                       ? Matched
+                       : Invalid;
+        }
+    }
+
+    Match consumeFlag(const char*& pos, float& out) const {
+        if (pos == mEnd) {
+            return NoMatch;
+        }
+        const char c = peek(pos);
+        if (c != '0' && c != '1') {
+            return NoMatch;
+        }
+        out = c == '1' ? 1.0f : 0.0f;
+        ++pos;
+        return Matched;
+    }
+
+    // ---- the subset grammar ------------------------------------------------------------------
+
+    // Between two numbers of a group: spaces and line feeds with at most one comma, or nothing
+    // where the next number starts with a sign or a point. Two digits may not touch.
+    Match consumeSeparator(const char*& pos) const {
+        if (pos == mEnd) {
+            return Invalid;
+        }
+        const char* start = pos;
+        bool comma = false;
+        while (pos != mEnd) {
+            const char c = peek(pos);
+            if (c == ' ' || c == '\n') {
+                ++pos;
+            } else if (c == ',' && !comma) {
+                comma = true;
+                ++pos;
+            } else {
+                break;
+            }
+        }
+        if (pos != start) {
+            return Matched;
+        }
+        if (pos != mBegin && isDigit(pos[-1]) && isDigit(*pos)) {
+            return Invalid;
+        }
+        return Matched;
+    }
+
+    Match consumeGroup(const char*& pos, float* values, int count) const {
+        const Match first = consumeNumber(pos, values[0]);
+        if (first != Matched) {
+            return first;
+        }
+        for (int i = 1; i < count; ++i) {
+            if (consumeSeparator(pos) != Matched || consumeNumber(pos, values[i]) != Matched) {
+                return Invalid;
+            }
+        }
+        return Matched;
+    }
+
+    // A letter among `letters` and its groups of `count` numbers, separated by white space
+    // only. An incomplete group refuses the whole command, with a message; a letter with no
+    // number refuses it without one, deliberately.
+    Match consumeCommandWithGroups(const char*& pos, const char* letters, int count) {
+        if (pos == mEnd) {
+            return NoMatch;
+        }
+        const char c = peek(pos);
+        bool listed = false;
+        for (const char* letter = letters; *letter != '\0' && !listed; ++letter) {
+            listed = c == *letter;
+        }
+        if (!listed) {
+            return NoMatch;
+        }
+        const char letter = *pos++;
+        skipSpace(pos);
+        mSink.begin(letter);
+        bool any = false;
+        while (true) {
+            float values[7];
+            const Match group = consumeGroup(pos, values, count);
+            if (group == Invalid) {
+                mSink.abandon();
+                mError = std::string("Unmatched coordinate sequence after ") + letter +
+                         " at position " + positionOf(pos);
+                return Invalid;
+            }
+            if (group == NoMatch) {
+                if (!any) {
+                    mSink.abandon();
+                    return Invalid;
+                }
+                mSink.end();
+                return Matched;
+            }
+            mSink.group(values, count);
+            any = true;
+            skipSpace(pos);
+        }
+    }
+
+    Match consumeClosePath(const char*& pos) {
+        if (pos == mEnd) {
+            return NoMatch;
+        }
+        const char c = peek(pos);
+        if (c != 'Z' && c != 'z') {
+            return NoMatch;
+        }
+        mSink.begin(*pos++);
+        mSink.end();
+        return Matched;
+    }
+
+    // Arc groups are read whole or not at all: a partial last group is left unread (and then
+    // refused as an unsupported command), and the groups before it stand.
+    Match consumeEllipticalArcs(const char*& pos) {
+        if (pos == mEnd) {
+            return NoMatch;
+        }
+        const char c = peek(pos);
+        if (c != 'A' && c != 'a') {
+            return NoMatch;
+        }
+        const char letter = *pos++;
+        skipSpace(pos);
+        const char* committed = pos;
+        bool any = false;
+        while (true) {
+            const char* p = committed;
+            float v[7];
+            const bool whole =
+                consumeNumber(p, v[0]) == Matched && consumeSeparator(p) == Matched &&
+                consumeNumber(p, v[1]) == Matched && consumeSeparator(p) == Matched &&
+                consumeNumber(p, v[2]) == Matched && consumeSeparator(p) == Matched &&
+                consumeFlag(p, v[3]) == Matched && consumeSeparator(p) == Matched &&
+                consumeFlag(p, v[4]) == Matched && consumeSeparator(p) == Matched &&
+                consumeNumber(p, v[5]) == Matched && consumeSeparator(p) == Matched &&
+                consumeNumber(p, v[6]) == Matched;
+            if (!whole) {
+                break;
+            }
+            if (!any) {
+                mSink.begin(letter);
+                any = true;
+            }
+            mSink.group(v, 7);
+            committed = p;
+            skipSpace(committed);
+        }
+        pos = committed;
+        if (!any) {
+            mError =
+                "Expected instructions following elliptical-arc at position " + positionOf(pos);
+            return Invalid;
+        }
+        mSink.end();
+        return Matched;
+    }
+
+    Match consumeDrawToCommand(const char*& pos) {
+        skipSpace(pos);
+        if (pos == mEnd) {
+            return NoMatch;
+        }
+        Match result = consumeCommandWithGroups(pos, "Ll", 2);
+        if (result == NoMatch) {
+            result = consumeCommandWithGroups(pos, "HhVv", 1);
+        }
+        if (result == NoMatch) {
+            result = consumeCommandWithGroups(pos, "Cc", 6);
+        }
+        if (result == NoMatch) {
+            result = consumeCommandWithGroups(pos, "Ss", 4);
+        }
+        if (result == NoMatch) {
+            result = consumeClosePath(pos);
+        }
+        if (result == NoMatch) {
+            result = consumeEllipticalArcs(pos);
+        }
+        if (result != NoMatch) {
+            return result;
+        }
+        if (*pos == 'M' || *pos == 'm') {
+            return NoMatch;  // a new moveto group begins
+        }
+        mError += "Unsupported command in path @" +
+                  tqStringUtils::fromInt64(static_cast<int64>(pos - mBegin), 1) + " : " +
+                  std::string(pos, mEnd);
+        return Invalid;
+    }
+
+    Match consumeMoveToGroup(const char*& pos, bool required) {
+        if (pos == mEnd) {
+            return NoMatch;
+        }
+        const char* start = pos;
+        const Match move = consumeCommandWithGroups(pos, "Mm", 2);
+        if (move == NoMatch) {
+            pos = start;
+        }
+        if (move == Matched || (move == NoMatch && !required)) {
+            while (true) {
+                const char* attempt = pos;
+                const Match draw = consumeDrawToCommand(pos);
+                if (draw == Invalid) {
+                    return Invalid;
+                }
+                if (draw == NoMatch) {
+                    pos = attempt;
+                    return Matched;
+                }
+            }
+        }
+        mError = "Expected MoveTo sequence at position " + positionOf(pos);
+        return Invalid;
+    }
+
+    Match consumeSvgPath(const char*& pos) {
+        skipSpace(pos);
+        Match group = consumeMoveToGroup(pos, true);
+        while (group != NoMatch) {
+            if (group == Invalid) {
+                return Invalid;
+            }
+            skipSpace(pos);
+            const char* before = pos;
+            group = consumeMoveToGroup(pos, false);
+            if (group == Matched && pos == before) {
+                break;  // nothing consumed: stop rather than loop
+            }
+        }
+        skipSpace(pos);
+        return Matched;
+    }
+
+    // ---- the standard grammar ----------------------------------------------------------------
+
+    // comma-wsp: white space with at most one comma; true when it held a comma.
+    bool skipCommaSpace(const char*& pos) const {
+        skipSpace(pos);
+        if (pos == mEnd || *pos != ',') {
+            return false;
+        }
+        ++pos;
+        skipSpace(pos);
+        return true;
+    }
+
+    bool startsNumber(const char* pos) const {
+        return pos != mEnd && (isDigit(*pos) || *pos == '.' || *pos == '-' || *pos == '+');
+    }
+
+    // One group of `count` values at `pos`; arc flags are single characters that need no
+    // separator after them.
+    bool readStandardGroup(const char*& pos, bool arc, int count, float* values) const {
+        for (int i = 0; i < count; ++i) {
+            if (i > 0) {
+                skipCommaSpace(pos);
+            }
+            const bool flag = arc && (i == 3 || i == 4);
+            if ((flag ? consumeFlag(pos, values[i]) : consumeNumber(pos, values[i])) != Matched) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    bool failStandard(std::string message) {
+        mError = std::move(message);
+        return false;
+    }
+
+    // A command's groups follow one another, separated by comma-wsp; the first group that is
+    // incomplete ends the path, keeping every group before it.
+    bool scanStandard(const char* pos) {
+        skipSpace(pos);
+        if (pos == mEnd) {
+            return true;
+        }
+        if (*pos != 'M' && *pos != 'm') {
+            return failStandard("Expected MoveTo sequence at position " + positionOf(pos));
+        }
+        while (true) {
+            skipSpace(pos);
+            if (pos == mEnd) {
+                return true;
+            }
+            const char letter = *pos;
+            if (letter == 'Z' || letter == 'z') {
+                ++pos;
+                mSink.begin(letter);
+                mSink.end();
+                continue;
+            }
+            const int count = PathGroupSize(letter, true);
+            if (count == 0) {
+                return failStandard("Unsupported command in path @" + positionOf(pos) + " : " +
+                                    std::string(pos, mEnd));
+            }
+            ++pos;
+            skipSpace(pos);
+            const bool arc = letter == 'A' || letter == 'a';
+            mSink.begin(letter);
+            bool any = false;
+            while (true) {
+                float values[7];
+                const char* groupStart = pos;
+                if (!readStandardGroup(pos, arc, count, values)) {
+                    mSink.end();
+                    if (arc && !any) {
+                        return failStandard(
+                            "Expected instructions following elliptical-arc at position " +
+                            positionOf(groupStart));
+                    }
+                    return failStandard("Unmatched coordinate sequence after " +
+                                        std::string(1, letter) + " at position " + positionOf(pos));
+                }
+                mSink.group(values, count);
+                any = true;
+                // A comma promises another group; white space alone may end the command.
+                if (!skipCommaSpace(pos) && !startsNumber(pos)) {
+                    break;
+                }
+            }
+            mSink.end();
+        }
+    }
+
+    const char* mBegin;
+    const char* mEnd;
+    Sink& mSink;
+    std::string mError;
+};
+
+}  // namespace tq::svg::detail

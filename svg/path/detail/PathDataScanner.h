@@ -32,43 +32,26 @@
 
 #include <tqSystem/tqStringUtils.h>
 
+#include "svg/model/Path.h"
 #include "svg/model/SvgNumber.h"
 #include "svg/model/detail/ExactDecimal.h"
 
 namespace tq::svg::detail {
 
-// The numbers a group of each command letter holds; 0 for Z and for letters that are no command.
-// The quadratic letters count only where the grammar has them.
+// The numbers a group of each command letter holds, from the command table; 0 for Z and for
+// letters that are no command. The quadratic letters count only where the grammar has them.
 constexpr int PathGroupSize(char letter, bool quadratics) {
-    switch (letter) {
-        case 'M':
-        case 'm':
-        case 'L':
-        case 'l':
-            return 2;
-        case 'H':
-        case 'h':
-        case 'V':
-        case 'v':
-            return 1;
-        case 'C':
-        case 'c':
-            return 6;
-        case 'S':
-        case 's':
-            return 4;
-        case 'A':
-        case 'a':
-            return 7;
-        case 'Q':
-        case 'q':
-            return quadratics ? 4 : 0;
-        case 'T':
-        case 't':
-            return quadratics ? 2 : 0;
-        default:
-            return 0;
+    Path::CommandType type{};
+    if (Path::CommandTypeOfLetter(letter, type)) {
+        return static_cast<int>(Path::ValueCount(type));
     }
+    if (quadratics && (letter == 'Q' || letter == 'q')) {
+        return 4;
+    }
+    if (quadratics && (letter == 'T' || letter == 't')) {
+        return 2;
+    }
+    return 0;
 }
 
 struct SubsetGrammar {
@@ -310,10 +293,10 @@ private:
         return Matched;
     }
 
-    // A letter among `letters` and its groups of `count` numbers, separated by white space
-    // only. An incomplete group refuses the whole command, with a message; a letter with no
-    // number refuses it without one, deliberately.
-    Match consumeCommandWithGroups(const char*& pos, const char* letters, int count) {
+    // A letter among `letters` and its groups of numbers, separated by white space only. An
+    // incomplete group refuses the whole command, with a message; a letter with no number refuses
+    // it without one, deliberately.
+    Match consumeCommandWithGroups(const char*& pos, const char* letters) {
         if (pos == mEnd) {
             return NoMatch;
         }
@@ -326,6 +309,7 @@ private:
             return NoMatch;
         }
         const char letter = *pos++;
+        const int count = PathGroupSize(letter, false);
         skipSpace(pos);
         mSink.begin(letter);
         bool any = false;
@@ -416,15 +400,15 @@ private:
         if (pos == mEnd) {
             return NoMatch;
         }
-        Match result = consumeCommandWithGroups(pos, "Ll", 2);
+        Match result = consumeCommandWithGroups(pos, "Ll");
         if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "HhVv", 1);
+            result = consumeCommandWithGroups(pos, "HhVv");
         }
         if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "Cc", 6);
+            result = consumeCommandWithGroups(pos, "Cc");
         }
         if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "Ss", 4);
+            result = consumeCommandWithGroups(pos, "Ss");
         }
         if (result == NoMatch) {
             result = consumeClosePath(pos);
@@ -449,7 +433,7 @@ private:
             return NoMatch;
         }
         const char* start = pos;
-        const Match move = consumeCommandWithGroups(pos, "Mm", 2);
+        const Match move = consumeCommandWithGroups(pos, "Mm");
         if (move == NoMatch) {
             pos = start;
         }
@@ -512,7 +496,8 @@ private:
             if (i > 0) {
                 skipCommaSpace(pos);
             }
-            const bool flag = arc && (i == 3 || i == 4);
+            const bool flag =
+                arc && (i == int(Path::ArcLargeArcFlag) || i == int(Path::ArcSweepFlag));
             if ((flag ? consumeFlag(pos, values[i]) : consumeNumber(pos, values[i])) != Matched) {
                 return false;
             }

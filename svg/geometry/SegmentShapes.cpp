@@ -84,8 +84,11 @@ SegmentedPrimitive SegmentedPrimitive::FromContour(std::vector<Wm4::Vector2f>&& 
             }
         } else {
             CleanupContour(points, indices);
+            const bool evenOdd = properties != nullptr && properties->fillRule == FillRule::EvenOdd;
             if (!tq::TriangulatePoly(points, indices, primitive.trianglePoints,
-                                     primitive.triangleIndices, tq::TriangulationFillRule::NonZero,
+                                     primitive.triangleIndices,
+                                     evenOdd ? tq::TriangulationFillRule::EvenOdd
+                                             : tq::TriangulationFillRule::NonZero,
                                      true)) {
                 tqLog::Log(tqLogObject(tqLogType::Error, "svg",
                                        "Shape cannot be rendered. Only its contour will be "

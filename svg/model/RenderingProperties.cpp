@@ -32,6 +32,7 @@ void RenderingProperties::cascadeParent(const RenderingProperties& parent) {
     inherit(fill, parent.fill);
     inherit(fillOpacity, parent.fillOpacity);
     inherit(className, parent.className);
+    inherit(fillRule, parent.fillRule);
 }
 
 bool RenderingProperties::hasFill() const {
@@ -87,7 +88,7 @@ bool RenderingProperties::operator==(const RenderingProperties& other) const {
            strokeLinecap == other.strokeLinecap && strokeLinejoin == other.strokeLinejoin &&
            strokeDasharray == other.strokeDasharray && className == other.className &&
            fill == other.fill && fillOpacity == other.fillOpacity &&
-           vectorEffect == other.vectorEffect;
+           vectorEffect == other.vectorEffect && fillRule == other.fillRule;
 }
 
 }  // namespace tq::svg

@@ -32,6 +32,9 @@ enum class VectorEffect : std::uint32_t {
     FixedPosition = 8,
 };
 
+// Which parts of a self-intersecting or nested outline are inside.
+enum class FillRule : std::uint32_t { NonZero = 0, EvenOdd = 1 };
+
 constexpr VectorEffect operator|(VectorEffect a, VectorEffect b) {
     return static_cast<VectorEffect>(static_cast<std::uint32_t>(a) | static_cast<std::uint32_t>(b));
 }
@@ -41,7 +44,8 @@ constexpr VectorEffect operator&(VectorEffect a, VectorEffect b) {
 
 struct TQSVG_EXPORT RenderingProperties {
     // Fills every absent field but vectorEffect with the parent's optional. Opacity is
-    // deliberately inherited, not multiplied: a child's own opacity replaces the parent's.
+    // deliberately inherited, not multiplied: a child's own opacity replaces the parent's (the
+    // standard reading profile stores each item's product with its ancestors' instead).
     void cascadeParent(const RenderingProperties& parent);
 
     // False for the exact fill "none"; otherwise whether fill-opacity times opacity is positive
@@ -74,6 +78,9 @@ struct TQSVG_EXPORT RenderingProperties {
     std::optional<std::string> fill;  // colour text as written, or "none"
     std::optional<float> fillOpacity;
     std::optional<VectorEffect> vectorEffect;  // not inherited
+    // Set only by the standard reading profile: segmentation fills by it, the writer writes it
+    // when present. Absent means non-zero.
+    std::optional<FillRule> fillRule;
 };
 
 }  // namespace tq::svg

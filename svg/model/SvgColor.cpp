@@ -1,5 +1,7 @@
 #include "svg/model/SvgColor.h"
 
+#include "svg/model/detail/NamedColors.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -219,6 +221,17 @@ bool parseFunctionalChannel(const std::string& item, unsigned char& channel) {
 }
 
 }  // namespace
+
+bool FindNamedColor(std::string_view name, unsigned char (&rgb)[3]) {
+    const NamedColor* named = findNamedColor(name);
+    if (named == nullptr) {
+        return false;
+    }
+    rgb[0] = named->r;
+    rgb[1] = named->g;
+    rgb[2] = named->b;
+    return true;
+}
 
 bool ParseSvgColor(const std::string& text, Wm4::Vector4<unsigned char>& color) {
     color = Wm4::Vector4<unsigned char>(255, 0, 0, 255);

@@ -163,4 +163,20 @@ bool ReadStandardPathData(std::string_view text, std::list<Path::Command>& out,
     return ok;
 }
 
+namespace {
+
+struct NoCommands {
+    void begin(char) {}
+    void group(const float*, int) {}
+    void end() {}
+    void abandon() {}
+};
+
+}  // namespace
+
+bool ReadStandardNumbers(std::string_view text, std::vector<float>& out) {
+    NoCommands sink;
+    return PathDataScanner<StandardGrammar, NoCommands>(text, sink).scanNumbers(out);
+}
+
 }  // namespace tq::svg::detail

@@ -49,5 +49,9 @@ TQSVG_EXPORT bool ParseNumberList(std::string_view name, std::string_view value,
 // its lines to `error` and leaves `out` unchanged.
 TQSVG_EXPORT bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
                                      const Loader::MessageCallback& error);
+// The same; with `rotateAboutCentre`, "rotate(a cx cy)" turns about (cx, cy) as SVG composes it,
+// where the library's own reading deliberately puts (cx, cy) into the translation.
+TQSVG_EXPORT bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
+                                     const Loader::MessageCallback& error, bool rotateAboutCentre);
 
 }  // namespace tq::svg

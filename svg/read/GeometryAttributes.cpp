@@ -14,9 +14,10 @@
 #include "svg/model/Rect.h"
 #include "svg/model/SvgNumber.h"
 #include "svg/model/Text.h"
-#include "svg/path/PathVisitorStrToCommands.h"
+#include "svg/path/detail/PathData.h"
 #include "svg/read/AttributeParsers.h"
 #include "svg/read/detail/ParserMessages.h"
+#include "svg/read/detail/StandardReader.h"
 
 namespace tq::svg {
 
@@ -78,12 +79,21 @@ bool isSeparator(char32_t c) {
     return c == U' ' || c == U',' || c == U'\t' || c == U'\n' || c == U'\r';
 }
 
+// A number as the profile reads it: the whole value under the subset, a length with its unit
+// under the standard profile.
+bool readNumber(Loader& loader, std::string_view name, std::string_view value, float& number) {
+    if (const detail::StandardReader* standard = loader.standard()) {
+        return standard->parseLength(name, value, number);
+    }
+    return ParseSvgNumber(value, number);
+}
+
 }  // namespace
 
 AttributeParseResult StoreNumber(Loader& loader, std::string_view name, std::string_view value,
                                  float& target) {
     float number = 0.0f;
-    if (!ParseSvgNumber(value, number)) {
+    if (!readNumber(loader, name, value, number)) {
         return ReportFailedToParse(loader, name, value);
     }
     target = number;
@@ -207,8 +217,15 @@ AttributeParseResult ParsePathAttribute(Loader& loader, ItemInterface& item, std
         return R::Invalid;
     }
     std::string error;
-    if (!ConvertPathStringToCommands(std::string(value), static_cast<Path&>(item).commands,
-                                     &error)) {
+    auto& commands = static_cast<Path&>(item).commands;
+    if (loader.standard() != nullptr) {
+        // As browsers do, a path is drawn up to its first error.
+        if (!detail::ReadStandardPathData(value, commands, error)) {
+            loader.reportWarning("Path data drawn up to its error: " + error);
+        }
+        return R::Handled;
+    }
+    if (!detail::ReadSubsetPathData(value, commands, error)) {
         loader.reportError("Malformed path attribute, " + error);
         return R::Invalid;
     }
@@ -276,7 +293,7 @@ AttributeParseResult ParseTextAttribute(Loader& loader, ItemInterface& item, std
         }
         text.fontSize = text.fontSize.value_or(0.0f);  // set before the value is parsed
         float number = 0.0f;
-        if (!ParseSvgNumber(value, number)) {
+        if (!readNumber(loader, name, value, number)) {
             return ReportFailedToParse(loader, name, value);
         }
         *text.fontSize += number;
@@ -288,7 +305,7 @@ AttributeParseResult ParseTextAttribute(Loader& loader, ItemInterface& item, std
         }
         text.textLength = UnitValue(0.0f, Unit::None);
         float number = 0.0f;
-        if (!ParseSvgNumber(value, number)) {
+        if (!readNumber(loader, name, value, number)) {
             return ReportFailedToParse(loader, name, value);
         }
         text.textLength->value = number;

@@ -12,6 +12,7 @@
 #include "svg/model/Text.h"
 #include "svg/read/AttributeParsers.h"
 #include "svg/read/detail/ParserMessages.h"
+#include "svg/read/detail/StandardReader.h"
 
 namespace tq::svg {
 
@@ -67,7 +68,9 @@ Loader::Loader(ItemInterfacePointer<ItemInterface>& out, tqIoDevice& device,
       mErrorCallback(std::move(errorCallback)),
       mWarningCallback(std::move(warningCallback)),
       mDevice(device),
-      mIgnoreUnsupported(options.ignoreUnsupported) {
+      // The standard profile never refuses what it does not draw: it warns.
+      mIgnoreUnsupported(options.ignoreUnsupported || options.profile == LoadProfile::Standard),
+      mStandardProfile(options.profile == LoadProfile::Standard) {
     mParseResult = tq::xml::ParseXmlStream(mDevice, *this, nullptr);
 }
 
@@ -87,6 +90,9 @@ void Loader::reportWarning(const std::string& message) const {
 
 bool Loader::startDocument() {
     mStack = std::make_unique<LoaderStack>();
+    if (mStandardProfile) {
+        mStandard = std::make_unique<detail::StandardReader>(*this);
+    }
     return true;
 }
 
@@ -94,6 +100,9 @@ StartElementResult Loader::startElement(const char* name,
                                         const std::vector<tq::xml::XmlAttribute>& attributes) {
     if (name == nullptr || !mStack) {
         return StartElementResult::Abort;
+    }
+    if (mStandard) {
+        return mStandard->startElement(name, attributes);
     }
     const TagRow* row = findTag(name);
     if (row == nullptr) {
@@ -130,38 +139,49 @@ StartElementResult Loader::startElement(const char* name,
 bool Loader::parseAttributes(ItemInterface& item, AttributeParser parser,
                              const std::vector<tq::xml::XmlAttribute>& attributes) {
     for (const auto& attribute : attributes) {
-        AttributeParseResult result = ParsePresentationAttribute(*this, item, attribute.localName,
-                                                                 attribute.prefix, attribute.value);
-        if (result == AttributeParseResult::NotRecognised && parser != nullptr) {
-            result = parser(*this, item, attribute.localName, attribute.prefix, attribute.value);
-        }
-        if (result == AttributeParseResult::Handled) {
-            continue;
-        }
-        std::string qname(attribute.localName);
-        if (!attribute.prefix.empty()) {
-            qname = std::string(attribute.prefix) + ":" + qname;
-        }
-        const std::string tail =
-            " attribute " + Quoted(qname) + " with value " + Quoted(attribute.value);
-        if (result == AttributeParseResult::Invalid) {
-            if (!mIgnoreUnsupported) {
-                reportError("Invalid" + tail);
-                return false;
-            }
-            reportWarning("Ignore Invalid" + tail);  // capitalised on purpose
-        } else {
-            if (!mIgnoreUnsupported) {
-                reportError("Unsupported" + tail);
-                return false;
-            }
-            reportWarning("Ignore unsupported" + tail);
+        if (!dispatchAttribute(item, parser, attribute)) {
+            return false;
         }
     }
     return true;
 }
 
+bool Loader::dispatchAttribute(ItemInterface& item, AttributeParser parser,
+                               const tq::xml::XmlAttribute& attribute) {
+    AttributeParseResult result = ParsePresentationAttribute(*this, item, attribute.localName,
+                                                             attribute.prefix, attribute.value);
+    if (result == AttributeParseResult::NotRecognised && parser != nullptr) {
+        result = parser(*this, item, attribute.localName, attribute.prefix, attribute.value);
+    }
+    if (result == AttributeParseResult::Handled) {
+        return true;
+    }
+    std::string qname(attribute.localName);
+    if (!attribute.prefix.empty()) {
+        qname = std::string(attribute.prefix) + ":" + qname;
+    }
+    const std::string tail =
+        " attribute " + Quoted(qname) + " with value " + Quoted(attribute.value);
+    if (result == AttributeParseResult::Invalid) {
+        if (!mIgnoreUnsupported) {
+            reportError("Invalid" + tail);
+            return false;
+        }
+        reportWarning("Ignore Invalid" + tail);  // capitalised on purpose
+        return true;
+    }
+    if (!mIgnoreUnsupported) {
+        reportError("Unsupported" + tail);
+        return false;
+    }
+    reportWarning("Ignore unsupported" + tail);
+    return true;
+}
+
 bool Loader::endElement(const char* name) {
+    if (mStandard) {
+        return mStandard->endElement();
+    }
     if (!mStack || mStack->trees.empty() || mStack->trees.back().empty()) {
         reportError("End of element " + Quoted(name) + " unexpected");
         return false;
@@ -193,6 +213,9 @@ bool Loader::endElement(const char* name) {
 bool Loader::characters(const char* text, int length) {
     if (length < 1) {
         return true;
+    }
+    if (mStandard) {
+        return mStandard->characters(text, length);
     }
     if (!mStack || mStack->trees.empty() || mStack->trees.back().empty()) {
         return false;
@@ -232,6 +255,12 @@ bool Loader::onParserMessage(const std::string& message, int severity) {
 }
 
 bool Loader::endDocument() {
+    if (mStandard) {
+        const bool finished = mStandard->finish(mOut);
+        mStandard.reset();
+        mStack.reset();
+        return finished;
+    }
     if (!mStack || !mStack->lastTreeClosed) {
         reportError("Some svg tags were not closed properly.");
         return false;

@@ -16,6 +16,10 @@
 
 namespace tq::svg {
 
+namespace detail {
+class StandardReader;
+}
+
 // The answer of every attribute parser.
 enum class AttributeParseResult {
     Handled = 0,        // taken and stored
@@ -40,6 +44,8 @@ struct LoaderStack {
 class TQSVG_EXPORT Loader : public tq::xml::XmlSaxParserHandler {
 public:
     using MessageCallback = std::function<void(const std::string&)>;
+    using AttributeParser = AttributeParseResult (*)(Loader&, ItemInterface&, std::string_view,
+                                                     std::string_view, std::string_view);
 
     // Parses the whole device at once; `out` receives the root only on success. Either
     // callback may be empty: a missing callback suppresses the text, never changes the outcome.
@@ -64,11 +70,15 @@ public:
     bool ignoresUnsupported() const { return mIgnoreUnsupported; }
     const MessageCallback& errorCallback() const { return mErrorCallback; }
     LoaderStack& stack() { return *mStack; }
+    // The standard reading profile's layer; null under the subset.
+    detail::StandardReader* standard() const { return mStandard.get(); }
+
+    // Offers one attribute to the presentation parser, then to `parser` (may be null), and
+    // reports what neither took; false when that fails the load.
+    bool dispatchAttribute(ItemInterface& item, AttributeParser parser,
+                           const tq::xml::XmlAttribute& attribute);
 
 private:
-    using AttributeParser = AttributeParseResult (*)(Loader&, ItemInterface&, std::string_view,
-                                                     std::string_view, std::string_view);
-
     bool parseAttributes(ItemInterface& item, AttributeParser parser,
                          const std::vector<tq::xml::XmlAttribute>& attributes);
 
@@ -76,8 +86,10 @@ private:
     MessageCallback mErrorCallback;
     MessageCallback mWarningCallback;
     std::unique_ptr<LoaderStack> mStack;
+    std::unique_ptr<detail::StandardReader> mStandard;
     tqIoDevice& mDevice;
     bool mIgnoreUnsupported;
+    bool mStandardProfile;
     bool mParseResult = false;
 };
 

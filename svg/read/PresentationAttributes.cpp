@@ -4,11 +4,14 @@
 #include <string>
 
 #include <Wm4Foundation/Wm4Vector4.h>
+#include <tqSystem/tqStringUtils.h>
 
 #include "svg/model/SvgColor.h"
 #include "svg/model/SvgNumber.h"
 #include "svg/read/AttributeParsers.h"
 #include "svg/read/detail/ParserMessages.h"
+#include "svg/read/detail/StandardReader.h"
+#include "svg/read/detail/StandardValues.h"
 
 namespace tq::svg {
 
@@ -19,9 +22,14 @@ using R = AttributeParseResult;
 constexpr double kDegreesToRadians = 0.017453292519943295;
 
 // The duplicate rule of every row: the first occurrence sets the property (to the type's zero
-// value until the text is read) and later ones are refused.
+// value until the text is read) and later ones are refused. The standard profile lets a later
+// value (a style sheet's, a style attribute's) replace an earlier one instead, and stores only a
+// value that parses.
 template <class T>
 bool claim(Loader& loader, std::optional<T>& target, std::string_view name) {
+    if (loader.standard() != nullptr) {
+        return true;
+    }
     if (target) {
         ReportSpecifiedTwice(loader, name);
         return false;
@@ -30,20 +38,62 @@ bool claim(Loader& loader, std::optional<T>& target, std::string_view name) {
     return true;
 }
 
-R parseNumber(Loader& loader, std::optional<float>& target, std::string_view name,
-              std::string_view value) {
-    return claim(loader, target, name) ? StoreNumber(loader, name, value, *target) : R::Invalid;
+// "inherit" under the standard profile: the property is left to the parent.
+template <class T>
+bool inherits(Loader& loader, std::optional<T>& target, std::string_view value) {
+    if (loader.standard() == nullptr ||
+        !detail::EqualsLowerCase(detail::TrimSpace(value), "inherit")) {
+        return false;
+    }
+    target.reset();
+    return true;
 }
 
-// The text is kept as written, even when it is no colour: it survives a load and a save.
+R parseNumber(Loader& loader, std::optional<float>& target, std::string_view name,
+              std::string_view value) {
+    if (inherits(loader, target, value)) {
+        return R::Handled;
+    }
+    if (!claim(loader, target, name)) {
+        return R::Invalid;
+    }
+    if (loader.standard() == nullptr) {
+        return StoreNumber(loader, name, value, *target);
+    }
+    // Opacities are numbers or percentages, clamped; other numbers are lengths.
+    float number = 0.0f;
+    if (name == "opacity" || name == "fill-opacity" || name == "stroke-opacity") {
+        if (!detail::ParseOpacity(value, number)) {
+            return ReportFailedToParse(loader, name, value);
+        }
+    } else if (StoreNumber(loader, name, value, number) != R::Handled) {
+        return R::Invalid;
+    }
+    target = number;
+    return R::Handled;
+}
+
+// The text is kept as written, even when it is no colour: it survives a load and a save. The
+// standard profile keeps instead what its paint reading makes of it.
 R parseColour(Loader& loader, std::optional<std::string>& target, std::string_view name,
               std::string_view value) {
     if (!claim(loader, target, name)) {
         return R::Invalid;
     }
-    target = std::string(value);
-    Wm4::Vector4<unsigned char> colour;
-    if (value != "none" && !ParseSvgColor(*target, colour)) {
+    bool valid = true;
+    if (detail::StandardReader* standard = loader.standard()) {
+        std::string text;
+        bool unset = false;
+        valid = standard->parsePaint(value, text, unset);
+        if (valid) {
+            target = unset ? std::nullopt : std::optional<std::string>(std::move(text));
+        }
+    } else {
+        target = std::string(value);
+        Wm4::Vector4<unsigned char> colour;
+        valid = value == "none" || ParseSvgColor(*target, colour);
+    }
+    if (!valid) {
         loader.reportError("Failed to parse color " + Quoted(value) + " in attribute " +
                            Quoted(name));
         return R::Invalid;
@@ -60,59 +110,77 @@ R parseText(Loader& loader, std::optional<std::string>& target, std::string_view
     return R::Handled;
 }
 
-// Keywords map onto the enumeration in the order given, from 0.
+// A keyword among `keywords` stored as the value beside it.
 template <class T, std::size_t N>
 R parseKeyword(Loader& loader, std::optional<T>& target, std::string_view name,
-               std::string_view value, const std::string_view (&keywords)[N]) {
+               std::string_view value, const std::string_view (&keywords)[N],
+               const T (&values)[N]) {
+    if (inherits(loader, target, value)) {
+        return R::Handled;
+    }
     if (!claim(loader, target, name)) {
         return R::Invalid;
     }
+    const std::string_view keyword = loader.standard() ? detail::TrimSpace(value) : value;
     for (std::size_t i = 0; i < N; ++i) {
-        if (value == keywords[i]) {
-            target = static_cast<T>(i);
+        if (keyword == keywords[i]) {
+            target = values[i];
             return R::Handled;
         }
     }
     return ReportFailedToParse(loader, name, value);
 }
 
-R parseVectorEffect(Loader& loader, std::optional<VectorEffect>& target, std::string_view name,
-                    std::string_view value) {
-    static constexpr std::string_view kKeywords[] = {
-        "none", "non-scaling-stroke", "non-scaling-size", "non-rotation", "fixed-position"};
-    static constexpr VectorEffect kBits[] = {
-        VectorEffect::None, VectorEffect::NonScalingStroke, VectorEffect::NonScalingSize,
-        VectorEffect::NonRotation, VectorEffect::FixedPosition};
-    if (!claim(loader, target, name)) {
-        return R::Invalid;
+// The standard profile's dashes: lengths with units, none negative; a pattern of zeros draws
+// no dashes.
+bool parseStandardDashes(detail::StandardReader& standard, std::string_view name,
+                         std::string_view value, std::vector<UnitValue>& dashes) {
+    std::string list(value);
+    for (char& c : list) {
+        c = c == ',' ? ' ' : c;
     }
-    for (std::size_t i = 0; i < std::size(kKeywords); ++i) {
-        if (value == kKeywords[i]) {
-            target = kBits[i];
-            return R::Handled;
+    bool any = false;
+    for (const std::string& part : tqStringUtils::Split(list, ' ', true)) {
+        float length = 0.0f;
+        if (!standard.parseLength(name, part, length) || length < 0.0f) {
+            return false;
         }
+        any = any || length > 0.0f;
+        dashes.emplace_back(length, Unit::None);
     }
-    return ReportFailedToParse(loader, name, value);
+    if (!any) {
+        dashes.clear();
+    }
+    return true;
 }
 
 // "none" and an empty value both stand for no dashing: an empty list, which cancels an
 // inherited one.
 R parseDashArray(Loader& loader, std::optional<std::vector<UnitValue>>& target,
                  std::string_view name, std::string_view value) {
+    if (inherits(loader, target, value)) {
+        return R::Handled;
+    }
     if (!claim(loader, target, name)) {
         return R::Invalid;
     }
-    if (value == "none") {
-        return R::Handled;
+    std::vector<UnitValue> dashes;
+    if (detail::StandardReader* standard = loader.standard()) {
+        if (detail::TrimSpace(value) != "none" &&
+            !parseStandardDashes(*standard, name, value, dashes)) {
+            return ReportFailedToParse(loader, name, value);
+        }
+    } else if (value != "none") {
+        std::vector<float> numbers;
+        if (!ParseNumberList(name, value, 0, static_cast<std::size_t>(-1), numbers,
+                             loader.errorCallback())) {
+            return R::Invalid;
+        }
+        for (float number : numbers) {
+            dashes.emplace_back(number, Unit::None);
+        }
     }
-    std::vector<float> numbers;
-    if (!ParseNumberList(name, value, 0, static_cast<std::size_t>(-1), numbers,
-                         loader.errorCallback())) {
-        return R::Invalid;
-    }
-    for (float number : numbers) {
-        target->emplace_back(number, Unit::None);
-    }
+    target = std::move(dashes);
     return R::Handled;
 }
 
@@ -122,7 +190,7 @@ bool isTransformSpace(char c) {
 
 // One command's matrix; false, after its lines on `error`, when it cannot be built.
 bool buildCommandMatrix(std::string_view value, std::string_view command,
-                        std::string_view arguments, Wm4::Matrix3f& m,
+                        std::string_view arguments, bool rotateAboutCentre, Wm4::Matrix3f& m,
                         const Loader::MessageCallback& error) {
     struct Arity {
         std::string_view name;
@@ -170,13 +238,19 @@ bool buildCommandMatrix(std::string_view value, std::string_view command,
         m(1, 1) = n.size() > 1 ? n[1] : n[0];
     } else if (command == "rotate") {
         const float r = radians(n[0]);
-        m(0, 0) = std::cos(r);
-        m(0, 1) = -std::sin(r);
-        m(1, 0) = std::sin(r);
-        m(1, 1) = std::cos(r);
-        // The centre goes straight into the translation column, not as a rotation about it:
-        // deliberate.
-        if (n.size() == 3) {
+        const float c = std::cos(r);
+        const float s = std::sin(r);
+        m(0, 0) = c;
+        m(0, 1) = -s;
+        m(1, 0) = s;
+        m(1, 1) = c;
+        if (n.size() == 3 && rotateAboutCentre) {
+            // translate(cx, cy) rotate(a) translate(-cx, -cy), as SVG composes it.
+            m(0, 2) = n[1] - c * n[1] + s * n[2];
+            m(1, 2) = n[2] - s * n[1] - c * n[2];
+        } else if (n.size() == 3) {
+            // The centre goes straight into the translation column, not as a rotation about
+            // it: deliberate.
             m(0, 2) = n[1];
             m(1, 2) = n[2];
         }
@@ -188,10 +262,33 @@ bool buildCommandMatrix(std::string_view value, std::string_view command,
     return true;
 }
 
+R parseTransform(Loader& loader, ItemInterface& item, std::string_view name,
+                 std::string_view value) {
+    if (item.getTransform() && loader.standard() == nullptr) {
+        return ReportSpecifiedTwice(loader, name);
+    }
+    Wm4::Matrix3f matrix;
+    if (!ParseTransformList(value, matrix, loader.errorCallback(), loader.standard() != nullptr)) {
+        return R::Invalid;
+    }
+    // An identity result stores nothing, so a later transform is not "specified twice".
+    if (matrix != Wm4::Matrix3f::IDENTITY) {
+        item.editTransform() = matrix;
+    } else {
+        item.editTransform().reset();
+    }
+    return R::Handled;
+}
+
 }  // namespace
 
 bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
                         const Loader::MessageCallback& error) {
+    return ParseTransformList(value, out, error, false);
+}
+
+bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
+                        const Loader::MessageCallback& error, bool rotateAboutCentre) {
     Wm4::Matrix3f accumulated = Wm4::Matrix3f::IDENTITY;
     std::size_t pos = 0;
     while (true) {
@@ -216,7 +313,8 @@ bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
         }
         Wm4::Matrix3f m;
         if (!buildCommandMatrix(value, value.substr(pos, nameEnd - pos),
-                                value.substr(open + 1, close - open - 1), m, error)) {
+                                value.substr(open + 1, close - open - 1), rotateAboutCentre, m,
+                                error)) {
             return false;
         }
         accumulated = accumulated * m;  // the leftmost command ends up applied last
@@ -230,7 +328,17 @@ AttributeParseResult ParsePresentationAttribute(Loader& loader, ItemInterface& i
                                                 std::string_view name, std::string_view prefix,
                                                 std::string_view value) {
     static constexpr std::string_view kCaps[] = {"butt", "round", "square"};
+    static constexpr LineCap kCapValues[] = {LineCap::Butt, LineCap::Round, LineCap::Square};
     static constexpr std::string_view kJoins[] = {"arcs", "bevel", "miter", "miter-clip", "round"};
+    static constexpr LineJoin kJoinValues[] = {LineJoin::Arcs, LineJoin::Bevel, LineJoin::Miter,
+                                               LineJoin::MiterClip, LineJoin::Round};
+    static constexpr std::string_view kEffects[] = {
+        "none", "non-scaling-stroke", "non-scaling-size", "non-rotation", "fixed-position"};
+    static constexpr VectorEffect kEffectBits[] = {
+        VectorEffect::None, VectorEffect::NonScalingStroke, VectorEffect::NonScalingSize,
+        VectorEffect::NonRotation, VectorEffect::FixedPosition};
+    static constexpr std::string_view kFillRules[] = {"nonzero", "evenodd"};
+    static constexpr FillRule kFillRuleValues[] = {FillRule::NonZero, FillRule::EvenOdd};
     if (!prefix.empty()) {
         return R::NotRecognised;
     }
@@ -248,31 +356,21 @@ AttributeParseResult ParsePresentationAttribute(Loader& loader, ItemInterface& i
     if (name == "class")
         return parseText(loader, p.className, name, value);
     if (name == "stroke-linecap")
-        return parseKeyword(loader, p.strokeLinecap, name, value, kCaps);
+        return parseKeyword(loader, p.strokeLinecap, name, value, kCaps, kCapValues);
     if (name == "stroke-linejoin")
-        return parseKeyword(loader, p.strokeLinejoin, name, value, kJoins);
+        return parseKeyword(loader, p.strokeLinejoin, name, value, kJoins, kJoinValues);
     if (name == "stroke-dasharray")
         return parseDashArray(loader, p.strokeDasharray, name, value);
     if (name == "vector-effect")
-        return parseVectorEffect(loader, p.vectorEffect, name, value);
+        return parseKeyword(loader, p.vectorEffect, name, value, kEffects, kEffectBits);
     if (name == "id")
         return parseText(loader, item.editId(), name, value);
-    if (name == "transform") {
-        if (item.getTransform()) {
-            return ReportSpecifiedTwice(loader, name);
-        }
-        Wm4::Matrix3f matrix;
-        if (!ParseTransformList(value, matrix, loader.errorCallback())) {
-            return R::Invalid;
-        }
-        // An identity result stores nothing, so a later transform is not "specified twice".
-        if (matrix != Wm4::Matrix3f::IDENTITY) {
-            item.editTransform() = matrix;
-        }
-        return R::Handled;
-    }
+    if (name == "transform")
+        return parseTransform(loader, item, name, value);
     if (name == "opacity")
         return parseNumber(loader, p.opacity, name, value);
+    if (name == "fill-rule" && loader.standard() != nullptr)
+        return parseKeyword(loader, p.fillRule, name, value, kFillRules, kFillRuleValues);
     return R::NotRecognised;
 }
 

@@ -357,6 +357,10 @@ bool RenderingProperties::writeAttributes(XmlSaveContext& context,
             return false;
         }
     }
+    if (fillRule && !writeAttributeString(context, options, "fill-rule",
+                                          *fillRule == FillRule::EvenOdd ? "evenodd" : "nonzero")) {
+        return false;
+    }
     return true;
 }
 

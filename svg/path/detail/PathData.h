@@ -4,6 +4,7 @@
 #include <list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "svg/model/Path.h"
 
@@ -19,5 +20,9 @@ bool ReadSubsetPathData(std::string_view text, std::list<Path::Command>& out, st
 // their end points are scaled up as SVG does and a zero radius becomes a line. False when the
 // text holds an error; every group before it is kept, and `error` says where the rest was left.
 bool ReadStandardPathData(std::string_view text, std::list<Path::Command>& out, std::string& error);
+
+// Numbers separated by commas and white space, by SVG's number syntax (a polygon's points):
+// false at the first that does not read, keeping those before it.
+bool ReadStandardNumbers(std::string_view text, std::vector<float>& out);
 
 }  // namespace tq::svg::detail

@@ -29,6 +29,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <tqSystem/tqStringUtils.h>
 
@@ -89,6 +90,25 @@ public:
     }
 
     const std::string& error() const { return mError; }
+
+    // Numbers separated by comma-wsp (a polygon's points), appended to `out`; false, keeping
+    // the numbers before it, at the first that does not read.
+    bool scanNumbers(std::vector<float>& out) {
+        static_assert(Grammar::kStandard, "number lists are read by the standard grammar");
+        const char* pos = mBegin;
+        skipSpace(pos);
+        while (pos != mEnd) {
+            float value = 0.0f;
+            if (consumeNumber(pos, value) != Matched) {
+                return false;
+            }
+            out.push_back(value);
+            if (skipCommaSpace(pos) && pos == mEnd) {
+                return false;  // a trailing comma
+            }
+        }
+        return true;
+    }
 
 private:
     enum Match { NoMatch = 0, Invalid = 1, Matched = 2 };

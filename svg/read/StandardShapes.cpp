@@ -1,0 +1,101 @@
+#include "svg/read/detail/StandardShapes.h"
+
+#include <algorithm>
+
+#include "svg/read/detail/StandardValues.h"
+
+namespace tq::svg::detail {
+
+namespace {
+
+using Type = Path::CommandType;
+
+void push(std::list<Path::Command>& out, Type type, std::initializer_list<float> values) {
+    out.push_back({type, std::vector<float>(values)});
+}
+
+// A quarter arc of radii (rx, ry), swept clockwise on screen, to (x, y).
+void quarterArc(std::list<Path::Command>& out, float rx, float ry, float x, float y) {
+    push(out, Type::EllipticalArc, {rx, ry, 0.0f, 0.0f, 1.0f, x, y});
+}
+
+}  // namespace
+
+void AppendEllipse(std::list<Path::Command>& out, float cx, float cy, float rx, float ry) {
+    if (!(rx > 0.0f) || !(ry > 0.0f)) {
+        return;
+    }
+    push(out, Type::MoveTo, {cx + rx, cy});
+    quarterArc(out, rx, ry, cx, cy + ry);
+    quarterArc(out, rx, ry, cx - rx, cy);
+    quarterArc(out, rx, ry, cx, cy - ry);
+    quarterArc(out, rx, ry, cx + rx, cy);
+    push(out, Type::ClosePath, {});
+}
+
+void AppendRoundedRect(std::list<Path::Command>& out, float x, float y, float width, float height,
+                       float rx, float ry) {
+    const float right = x + width;
+    const float bottom = y + height;
+    push(out, Type::MoveTo, {x + rx, y});
+    push(out, Type::HLineTo, {right - rx});
+    quarterArc(out, rx, ry, right, y + ry);
+    push(out, Type::VLineTo, {bottom - ry});
+    quarterArc(out, rx, ry, right - rx, bottom);
+    push(out, Type::HLineTo, {x + rx});
+    quarterArc(out, rx, ry, x, bottom - ry);
+    push(out, Type::VLineTo, {y + ry});
+    quarterArc(out, rx, ry, x + rx, y);
+    push(out, Type::ClosePath, {});
+}
+
+void AppendPolyline(std::list<Path::Command>& out, const std::vector<float>& coordinates,
+                    bool closed) {
+    const std::size_t pairs = coordinates.size() / 2;
+    for (std::size_t i = 0; i < pairs; ++i) {
+        push(out, i == 0 ? Type::MoveTo : Type::LineTo,
+             {coordinates[2 * i], coordinates[2 * i + 1]});
+    }
+    if (closed && pairs > 0) {
+        push(out, Type::ClosePath, {});
+    }
+}
+
+Wm4::Matrix3f ViewBoxTransform(const BoundingBox& viewBox, float x, float y, float width,
+                               float height, std::string_view preserveAspectRatio) {
+    const float boxWidth = viewBox.getWidth();
+    const float boxHeight = viewBox.getHeight();
+    Wm4::Matrix3f m = Wm4::Matrix3f::IDENTITY;
+    if (!(boxWidth > 0.0f) || !(boxHeight > 0.0f) || !(width > 0.0f) || !(height > 0.0f)) {
+        m(0, 2) = x;
+        m(1, 2) = y;
+        return m;
+    }
+    std::string_view align = TrimSpace(preserveAspectRatio);
+    bool slice = false;
+    if (const std::size_t space = align.find(' '); space != std::string_view::npos) {
+        slice = TrimSpace(align.substr(space)) == "slice";
+        align = align.substr(0, space);
+    }
+    float sx = width / boxWidth;
+    float sy = height / boxHeight;
+    float fx = 0.5f;  // where the box sits in the spare room: 0 min, 0.5 mid, 1 max
+    float fy = 0.5f;
+    if (align != "none") {
+        if (align.size() == 8 && align[0] == 'x' && align[4] == 'Y') {
+            const auto factor = [](std::string_view part) {
+                return part == "Min" ? 0.0f : part == "Max" ? 1.0f : 0.5f;
+            };
+            fx = factor(align.substr(1, 3));
+            fy = factor(align.substr(5, 3));
+        }
+        sx = sy = slice ? std::max(sx, sy) : std::min(sx, sy);
+    }
+    m(0, 0) = sx;
+    m(1, 1) = sy;
+    m(0, 2) = x + (width - boxWidth * sx) * fx - viewBox.min.X() * sx;
+    m(1, 2) = y + (height - boxHeight * sy) * fy - viewBox.min.Y() * sy;
+    return m;
+}
+
+}  // namespace tq::svg::detail

@@ -1,0 +1,138 @@
+// The standard reading profile: SVG as browsers draw it, normalised into the item tree
+// (internal).
+//
+// Elements become the items the tree has (ellipses, polygons, polylines and rounded rectangles
+// become paths; "a", "switch" and nested "svg" become groups; "use" a group holding a copy of
+// what it references). What needs the whole document is resolved when it ends, in this order:
+//   1. style sheets and style attributes (sheet rules by specificity, then the style attribute,
+//      then !important ones, over the presentation attributes);
+//   2. "use" references, expanded into copies, in document order; a reference to itself or an
+//      ancestor, an expansion out of proportion to the document or too deep refuses the load;
+//   3. inherited values, from the root down: "display: none" and "visibility: hidden" remove
+//      what they hide, "currentColor" takes the inherited "color", paint references take the
+//      average colour of a gradient's stops (or their fallback, or none), and each item's
+//      opacity becomes the product of its own and its ancestors' (the tree inherits opacity
+//      without multiplying it).
+// Every element's facts that the tree has no field for (its tag, display, visibility, colour,
+// style attribute) sit in one record per element, kept in document order, so that the passes
+// are loops over an array: no per-element allocation beyond the items themselves.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include <tqXml/XmlSaxParserHandler.h>
+
+#include "svg/model/BoundingBox.h"
+#include "svg/model/ItemInterface.h"
+#include "svg/model/ItemInterfacePointer.h"
+#include "svg/read/detail/StandardValues.h"
+#include "svg/read/detail/StyleSheet.h"
+
+namespace tq::svg {
+
+class Loader;
+class Node;
+
+namespace detail {
+
+class StandardReader {
+public:
+    explicit StandardReader(Loader& loader);
+    ~StandardReader();
+
+    tq::xml::StartElementResult startElement(const char* name,
+                                             const std::vector<tq::xml::XmlAttribute>& attributes);
+    bool endElement();
+    bool characters(const char* text, int length);
+    // Runs the whole-document passes and hands over the root; false after an error when the
+    // document is refused.
+    bool finish(ItemInterfacePointer<ItemInterface>& out);
+
+    // A length attribute of the element being read, in user units: numbers with an absolute
+    // unit, em, ex or a percentage of the viewport along the attribute's axis. Sizes and radii
+    // may not be negative.
+    bool parseLength(std::string_view name, std::string_view value, float& out) const;
+    // The standard reading of a "fill" or "stroke" value into the text the tree keeps; false
+    // for a value that is no paint. `unset` is set for "inherit".
+    bool parsePaint(std::string_view value, std::string& text, bool& unset);
+
+    // The kinds of element the profile knows.
+    enum class Kind : std::uint8_t;
+
+private:
+    struct Record;
+    struct Open;
+    struct Scratch;
+    struct Gradient;
+    struct Use;
+    struct Viewport {
+        float width = 100.0f;
+        float height = 100.0f;
+    };
+    struct SymbolView {
+        std::optional<BoundingBox> viewBox;
+        std::string preserveAspectRatio;
+    };
+
+    // Reading.
+    tq::xml::StartElementResult startItem(Kind kind, std::string_view name,
+                                          const std::vector<tq::xml::XmlAttribute>& attributes);
+    std::shared_ptr<ItemInterface> createItem(Kind kind) const;
+    void readAttributes(Kind kind, ItemInterface& item, Scratch& scratch, Record& record,
+                        const std::vector<tq::xml::XmlAttribute>& attributes);
+    bool readOwnAttribute(Kind kind, std::string_view name, std::string_view value,
+                          Scratch& scratch, Record& record);
+    void applyDeclaration(Record& record, std::string_view name, std::string_view value);
+    std::shared_ptr<ItemInterface> finishItem(Kind kind, std::uint32_t index,
+                                              std::shared_ptr<ItemInterface> item,
+                                              Scratch& scratch);
+    void startGradient(const std::vector<tq::xml::XmlAttribute>& attributes);
+    void addStop(const std::vector<tq::xml::XmlAttribute>& attributes);
+    bool conditionsHold(const std::vector<tq::xml::XmlAttribute>& attributes) const;
+    void noteFeature(std::string_view attribute, std::string_view value);
+    void warnOnce(const std::string& key, const std::string& message);
+    Node* parentNode() const;
+    std::uint32_t parentRecord() const;
+
+    // The passes.
+    void applyStyles();
+    bool expandUses();
+    bool expandUse(const Use& use);
+    bool insideDefinitions(std::uint32_t record) const;
+    std::uint32_t copySubtree(std::uint32_t source, std::uint32_t parent, Node& into);
+    void resolveInherited();
+    std::string resolvePaint(const std::string& paint);
+    bool gradientColour(const std::string& id, std::string& colour);
+    void removeHidden();
+
+    Loader& mLoader;
+    std::vector<Record> mRecords;
+    std::vector<Open> mOpen;
+    std::vector<Use> mUses;
+    std::vector<Gradient> mGradients;
+    std::unordered_map<std::string, std::uint32_t> mIds;       // id -> record
+    std::unordered_map<std::string, std::string> mFeatureIds;  // id -> what it defines
+    std::unordered_map<std::string, std::size_t> mGradientIds;
+    std::vector<std::shared_ptr<ItemInterface>> mDetached;  // definitions, kept for references
+    std::vector<Viewport> mViewports;  // what percentages refer to, innermost last
+    std::unordered_map<std::uint32_t, SymbolView> mSymbols;  // by record
+    std::unordered_map<std::uint32_t, std::size_t> mUseOfRecord;
+    std::vector<std::uint32_t> mHidden;  // records whose items the last pass removes
+    std::string mTexts;                  // style attributes and colours, records point into it
+    std::string mSheetText;
+    StyleSheet mSheet;
+    std::set<std::string> mWarned;
+    std::shared_ptr<ItemInterface> mRoot;
+    std::size_t mOriginalRecords = 0;
+    bool mRefused = false;
+};
+
+}  // namespace detail
+}  // namespace tq::svg

@@ -1,5 +1,6 @@
 #include "svg/geometry/SegmentShapes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "svg/geometry/CleanupContour.h"
 #include "svg/geometry/TransformPoint.h"
 #include "svg/geometry/TriangulatePoly.h"
+#include "svg/geometry/detail/Flattening.h"
 #include "svg/path/PathVisitorCommandsToPrimitives.h"
 
 namespace tq::svg {
@@ -39,8 +41,16 @@ void appendLine(SegmentedPrimitive& primitive, const Wm4::Vector2f& from, const 
     appendLastSegment(primitive);
 }
 
+// How curves are cut: the library's fixed counts, or within a distance in output units.
+struct Cuts {
+    unsigned int maxPoints = 0;  // fixed counts: interior points of a cubic, steps of an arc
+    float tolerance = 0.0f;      // fixed counts: flatness of cubic spans
+    float distance = 0.0f;       // > 0: within this distance once mapped by the transform
+    const Wm4::Matrix3f* transform = nullptr;
+};
+
 void appendArc(SegmentedPrimitive& primitive, const PathEllipticalArc& arc, bool startNewRun,
-               unsigned int steps, float tolerance) {
+               const Cuts& cuts) {
     if (arc.start == arc.end) {
         if (startNewRun) {
             primitive.points.push_back(arc.end);
@@ -53,16 +63,61 @@ void appendArc(SegmentedPrimitive& primitive, const PathEllipticalArc& arc, bool
         appendLine(primitive, arc.start, arc.end, startNewRun);
         return;
     }
+    const unsigned int steps = cuts.distance > 0.0f
+                                   ? detail::ArcSteps(std::max(arc.radii.X(), arc.radii.Y()) *
+                                                          detail::MaximumStretch(cuts.transform),
+                                                      arc.deltaAngle, cuts.distance)
+                                   : cuts.maxPoints;
     const std::size_t first = primitive.points.size();
     SegmentationUtils::SegmentEllipticalArc(arc.center, arc.radii, arc.rotation * kDegreesToRadians,
                                             arc.startAngle, arc.deltaAngle, primitive.points,
-                                            primitive.indices, startNewRun, steps, tolerance);
+                                            primitive.indices, startNewRun, steps, cuts.tolerance);
     // Exact ends. Without a new run the first computed step becomes a copy of the start, which
     // leaves a zero-length first segment; deliberate, the clean-up of filled shapes drops it.
     if (primitive.points.size() > first) {
         primitive.points[first] = arc.start;
         primitive.points.back() = arc.end;
     }
+}
+
+std::shared_ptr<SegmentedPrimitive> segmentPath(
+    const Path& path, const Cuts& cuts, const RenderingProperties* properties,
+    SegmentationUtils::BezierSegmentationWorkspace* workspace, bool* error) {
+    SegmentationUtils::BezierSegmentationWorkspace temporary;
+    SegmentationUtils::BezierSegmentationWorkspace& work = workspace ? *workspace : temporary;
+    SegmentedPrimitive flat;
+    PathVisitorCommandsToPrimitives visitor(
+        path.commands, [&](std::unique_ptr<PathPrimitive>& primitive, bool newRun) {
+            // A run can only continue from a point that exists (a skipped first curve).
+            const bool startNewRun = newRun || flat.points.empty();
+            switch (primitive->type) {
+                case PathPrimitiveType::LinePrimitive: {
+                    const auto& line = static_cast<const PathLine&>(*primitive);
+                    appendLine(flat, line.start, line.end, startNewRun);
+                    break;
+                }
+                case PathPrimitiveType::ArcPrimitive:
+                    appendArc(flat, static_cast<const PathEllipticalArc&>(*primitive), startNewRun,
+                              cuts);
+                    break;
+                case PathPrimitiveType::BezierCubicPrimitive: {
+                    const auto& curve = static_cast<const PathBezierCubic&>(*primitive).curve;
+                    if (cuts.distance > 0.0f && curve.GetControlPoints() != nullptr) {
+                        const Wm4::Vector2f* control = curve.GetControlPoints();
+                        detail::AppendCubic(
+                            control, detail::CubicSteps(control, cuts.transform, cuts.distance),
+                            flat, startNewRun);
+                    } else {
+                        SegmentationUtils::DeCasteljauSegmentBezier(work, curve, flat, startNewRun,
+                                                                    cuts.maxPoints, cuts.tolerance);
+                    }
+                    break;
+                }
+            }
+        });
+    visitor.visit();
+    return std::make_shared<SegmentedPrimitive>(SegmentedPrimitive::FromContour(
+        std::move(flat.points), std::move(flat.indices), cuts.transform, properties, error));
 }
 
 }  // namespace
@@ -156,33 +211,28 @@ std::shared_ptr<SegmentedPrimitive> SegmentPath(
     const Path& path, unsigned int maxPoints, float tolerance, const Wm4::Matrix3f* transform,
     const RenderingProperties* properties,
     SegmentationUtils::BezierSegmentationWorkspace* workspace, bool* error) {
-    SegmentationUtils::BezierSegmentationWorkspace temporary;
-    SegmentationUtils::BezierSegmentationWorkspace& work = workspace ? *workspace : temporary;
-    SegmentedPrimitive flat;
-    PathVisitorCommandsToPrimitives visitor(
-        path.commands, [&](std::unique_ptr<PathPrimitive>& primitive, bool newRun) {
-            // A run can only continue from a point that exists (a skipped first curve).
-            const bool startNewRun = newRun || flat.points.empty();
-            switch (primitive->type) {
-                case PathPrimitiveType::LinePrimitive: {
-                    const auto& line = static_cast<const PathLine&>(*primitive);
-                    appendLine(flat, line.start, line.end, startNewRun);
-                    break;
-                }
-                case PathPrimitiveType::ArcPrimitive:
-                    appendArc(flat, static_cast<const PathEllipticalArc&>(*primitive), startNewRun,
-                              maxPoints, tolerance);
-                    break;
-                case PathPrimitiveType::BezierCubicPrimitive:
-                    SegmentationUtils::DeCasteljauSegmentBezier(
-                        work, static_cast<const PathBezierCubic&>(*primitive).curve, flat,
-                        startNewRun, maxPoints, tolerance);
-                    break;
-            }
-        });
-    visitor.visit();
-    return std::make_shared<SegmentedPrimitive>(SegmentedPrimitive::FromContour(
-        std::move(flat.points), std::move(flat.indices), transform, properties, error));
+    return segmentPath(path, {maxPoints, tolerance, 0.0f, transform}, properties, workspace, error);
 }
+
+namespace detail {
+
+std::shared_ptr<SegmentedPrimitive> SegmentPathWithin(
+    const Path& path, float distance, const Wm4::Matrix3f* transform,
+    const RenderingProperties* properties,
+    SegmentationUtils::BezierSegmentationWorkspace* workspace, bool* error) {
+    return segmentPath(path, {0, 0.0f, distance, transform}, properties, workspace, error);
+}
+
+std::shared_ptr<SegmentedPrimitive> SegmentCircleWithin(const Circle& circle, float distance,
+                                                        const Wm4::Matrix3f* transform,
+                                                        const RenderingProperties* properties,
+                                                        bool* error) {
+    constexpr float kTwoPi = 2.0f * 3.1415927f;
+    const unsigned int sides =
+        std::max(4u, ArcSteps(circle.radius * MaximumStretch(transform), kTwoPi, distance));
+    return SegmentCircle(circle, sides, 0.0f, transform, properties, error);
+}
+
+}  // namespace detail
 
 }  // namespace tq::svg

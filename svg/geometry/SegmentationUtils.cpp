@@ -6,6 +6,8 @@
 
 #include <tqSystem/tqLog.h>
 
+#include "svg/geometry/detail/Flattening.h"
+
 namespace tq::svg::SegmentationUtils {
 
 namespace {
@@ -242,3 +244,72 @@ void SegmentEllipticalArc(const Wm4::Vector2f& center, const Wm4::Vector2f& radi
 }
 
 }  // namespace tq::svg::SegmentationUtils
+
+namespace tq::svg::detail {
+
+float MaximumStretch(const Wm4::Matrix3f* m) {
+    if (m == nullptr) {
+        return 1.0f;
+    }
+    // The largest singular value of [a b; c d].
+    const double a = (*m)(0, 0), b = (*m)(0, 1), c = (*m)(1, 0), d = (*m)(1, 1);
+    const double sum = a * a + b * b + c * c + d * d;
+    const double det = a * d - b * c;
+    const double root = std::sqrt(std::max(0.0, sum * sum - 4.0 * det * det));
+    return static_cast<float>(std::sqrt((sum + root) / 2.0));
+}
+
+unsigned int ArcSteps(float radius, float sweep, float distance) {
+    const double r = std::fabs(double(radius));
+    const double angle = std::fabs(double(sweep));
+    if (!(distance > 0.0f) || !std::isfinite(r) || !std::isfinite(angle)) {
+        return 1;
+    }
+    // A chord of angle t lies r (1 - cos(t / 2)) from its arc.
+    const double step = r <= distance ? 3.14159265358979 / 2 : 2.0 * std::acos(1.0 - distance / r);
+    const double steps = std::ceil(angle / std::max(step, 1e-9));
+    return static_cast<unsigned int>(std::clamp(steps, 1.0, double(kMaxCurveSteps)));
+}
+
+unsigned int CubicSteps(const Wm4::Vector2f* control, const Wm4::Matrix3f* m, float distance) {
+    if (!(distance > 0.0f)) {
+        return 1;
+    }
+    // Second differences see only the linear part of the transform.
+    const auto mapped = [m](const Wm4::Vector2f& v) {
+        return m == nullptr ? v
+                            : Wm4::Vector2f((*m)(0, 0) * v.X() + (*m)(0, 1) * v.Y(),
+                                            (*m)(1, 0) * v.X() + (*m)(1, 1) * v.Y());
+    };
+    const Wm4::Vector2f d1 = mapped(control[0] - control[1] * 2.0f + control[2]);
+    const Wm4::Vector2f d2 = mapped(control[1] - control[2] * 2.0f + control[3]);
+    const double bound = std::max(double(d1.Length()), double(d2.Length()));
+    // n steps keep a cubic within 3 / 4 * bound / n^2 of its chords.
+    const double steps = std::ceil(std::sqrt(0.75 * bound / double(distance)));
+    if (!std::isfinite(steps)) {
+        return kMaxCurveSteps;
+    }
+    return static_cast<unsigned int>(std::clamp(steps, 1.0, double(kMaxCurveSteps)));
+}
+
+void AppendCubic(const Wm4::Vector2f* control, unsigned int steps, SegmentedPrimitive& primitive,
+                 bool startNewRun) {
+    std::vector<Wm4::Vector2f>& points = primitive.points;
+    if (SegmentationUtils::wouldOverflow(points.size(), steps)) {
+        return;
+    }
+    const std::size_t before = points.size();
+    if (startNewRun) {
+        points.push_back(control[0]);
+    }
+    for (unsigned int i = 1; i < steps; ++i) {
+        const float t = float(i) / float(steps);
+        const float u = 1.0f - t;
+        points.push_back(control[0] * (u * u * u) + control[1] * (3.0f * u * u * t) +
+                         control[2] * (3.0f * u * t * t) + control[3] * (t * t * t));
+    }
+    points.push_back(control[3]);
+    SegmentationUtils::appendChain(primitive.indices, before, points.size(), startNewRun);
+}
+
+}  // namespace tq::svg::detail

@@ -1,6 +1,7 @@
 #include "svg/geometry/SegmenterVisitor.h"
 
 #include "svg/geometry/SegmentShapes.h"
+#include "svg/geometry/detail/Flattening.h"
 
 namespace tq::svg {
 
@@ -24,6 +25,9 @@ void strokeInsteadOfFill(RenderingProperties& properties) {
 }  // namespace
 
 SegmenterVisitor::SegmenterVisitor(const Node& root)
+    : SegmenterVisitor(static_cast<const ItemInterface&>(root)) {}
+
+SegmenterVisitor::SegmenterVisitor(const ItemInterface& root, float tolerance)
     : VisitorBase<const ItemInterface>(
           [this](const ItemInterface& item, const Wm4::Matrix3f& transform,
                  const RenderingProperties& properties) {
@@ -31,7 +35,8 @@ SegmenterVisitor::SegmenterVisitor(const Node& root)
               mError = mError || !segmentObject(item, transform, properties);
               return true;
           },
-          nullptr) {
+          nullptr),
+      mTolerance(tolerance > 0.0f ? tolerance : 0.0f) {
     visitItemTree(root);
 }
 
@@ -50,12 +55,20 @@ bool SegmenterVisitor::segmentObject(const ItemInterface& item, const Wm4::Matri
                 SegmentRect(static_cast<const Rect&>(item), &transform, &properties, &failed);
             break;
         case ItemType::Circle:
-            primitive = SegmentCircle(static_cast<const Circle&>(item), kCircleSides,
-                                      kCircleTolerance, &transform, &properties, &failed);
+            primitive =
+                mTolerance > 0.0f
+                    ? detail::SegmentCircleWithin(static_cast<const Circle&>(item), mTolerance,
+                                                  &transform, &properties, &failed)
+                    : SegmentCircle(static_cast<const Circle&>(item), kCircleSides,
+                                    kCircleTolerance, &transform, &properties, &failed);
             break;
         case ItemType::Path:
-            primitive = SegmentPath(static_cast<const Path&>(item), kCurvePoints, kCurveTolerance,
-                                    &transform, &properties, &mWorkspace, &failed);
+            primitive =
+                mTolerance > 0.0f
+                    ? detail::SegmentPathWithin(static_cast<const Path&>(item), mTolerance,
+                                                &transform, &properties, &mWorkspace, &failed)
+                    : SegmentPath(static_cast<const Path&>(item), kCurvePoints, kCurveTolerance,
+                                  &transform, &properties, &mWorkspace, &failed);
             break;
         default:
             return true;

@@ -25,6 +25,11 @@ public:
     using PrimitiveList = std::list<std::shared_ptr<SegmentedPrimitive>>;
 
     explicit SegmenterVisitor(const Node& root);
+    // The same for any item (a document whose root is a single shape, for one), with a
+    // flattening tolerance: when `tolerance` is positive, curves, arcs and circles take as many
+    // points as keep them within `tolerance` of the true shape, in output units (after
+    // transforms), instead of the fixed counts.
+    explicit SegmenterVisitor(const ItemInterface& root, float tolerance = 0.0f);
     ~SegmenterVisitor() override;
 
     // Segments one item and appends its primitive; false when it could not be filled.
@@ -38,6 +43,7 @@ public:
 private:
     SegmentationUtils::BezierSegmentationWorkspace mWorkspace;
     PrimitiveList mPrimitives;
+    float mTolerance = 0.0f;
     bool mError = false;
 };
 

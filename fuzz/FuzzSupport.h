@@ -52,13 +52,11 @@ inline std::string joined(const std::list<std::string>& messages) {
 // A load as a host does it: a memory device under the name "svg". `root` starts as the marker
 // item, when given, so that a failed load that replaced it, or a successful one that did not, is
 // seen.
-inline LoadResult load(const char* target, const std::string& bytes, bool ignoreUnsupported,
-                       const Item& marker = nullptr) {
+inline LoadResult load(const char* target, const std::string& bytes,
+                       const svg::LoadOptions& options, const Item& marker = nullptr) {
     startLibrary();
     LoadResult result;
     result.root = marker;
-    svg::LoadOptions options;
-    options.ignoreUnsupported = ignoreUnsupported;
     tqIoDeviceMemory device(bytes);
     result.ok = svg::tqSvgIOManager::get().loadSvg(result.root, device, "svg", nullptr, &options,
                                                    &result.messages);
@@ -73,6 +71,13 @@ inline LoadResult load(const char* target, const std::string& bytes, bool ignore
         fail(target, "a load succeeded without giving an item", joined(result.messages));
     }
     return result;
+}
+
+inline svg::LoadOptions loadOptions(bool ignoreUnsupported, bool standard) {
+    svg::LoadOptions options;
+    options.ignoreUnsupported = ignoreUnsupported;
+    options.profile = standard ? svg::LoadProfile::Standard : svg::LoadProfile::Subset;
+    return options;
 }
 
 // Whether no number is an infinity or NaN, which several targets set aside: such numbers are

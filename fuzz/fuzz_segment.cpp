@@ -1,13 +1,13 @@
 // Load, then segment the whole tree into outlines and fill triangles.
 //
 // Input bytes:
-//   0     options: bit 0 ignores unsupported content
+//   0     options: bit 0 ignores unsupported content, bit 1 reads with the standard profile,
+//         bit 2 segments within a tolerance (0.01 to 0.32, from bits 3 to 7)
 //   rest  the document
 //
 // Checked beyond the sanitizers: every outline is made of index pairs and every fill of index
 // triples, all within their point arrays; segmenting the same tree again gives the same counts
-// (the visitor keeps no state between trees). A root that is not a group is segmented inside
-// one, as the tool does.
+// (the visitor keeps no state between trees).
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -51,21 +51,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     const tq::fuzz::LoadResult loaded =
-        tq::fuzz::load(kTarget, tq::fuzz::documentBytes(data, size), data[0] & 1);
+        tq::fuzz::load(kTarget, tq::fuzz::documentBytes(data, size),
+                       tq::fuzz::loadOptions(data[0] & 1, data[0] & 2));
     if (!loaded.ok || !loaded.root) {
         return 0;
     }
-    std::shared_ptr<const tq::svg::Node> root =
-        std::dynamic_pointer_cast<const tq::svg::Node>(loaded.root);
-    if (!root) {
-        auto group = std::make_shared<tq::svg::Node>();
-        group->editChildren().push_back(loaded.root);
-        root = group;
-    }
-    tq::svg::SegmenterVisitor first(*root);
+    const float tolerance = (data[0] & 4) ? 0.01f * float(1 + (data[0] >> 3)) : 0.0f;
+    const tq::svg::ItemInterface& root = *loaded.root;
+    tq::svg::SegmenterVisitor first(root, tolerance);
     checkPrimitives(first.getSegmentedPrimitives());
 
-    tq::svg::SegmenterVisitor second(*root);
+    tq::svg::SegmenterVisitor second(root, tolerance);
     const Primitives& a = first.getSegmentedPrimitives();
     const Primitives& b = second.getSegmentedPrimitives();
     bool same = a.size() == b.size() && first.hasError() == second.hasError();

@@ -26,6 +26,9 @@ struct TQSVG_EXPORT SegmentedPrimitive {
     std::vector<Wm4::Vector2f> trianglePoints;  // fill points, final coordinates
     std::vector<unsigned int> triangleIndices;  // fill triangles: triples into `trianglePoints`
     RenderingProperties properties;             // cascaded properties of the item
+    // The composed transform the points were mapped by, as SegmenterVisitor sets it: a stroke
+    // width is in the item's units, so a renderer scales it (and shapes its pen) by this.
+    Wm4::Matrix3f transform = Wm4::Matrix3f::IDENTITY;
 };
 
 }  // namespace tq::svg

@@ -74,6 +74,7 @@ bool SegmenterVisitor::segmentObject(const ItemInterface& item, const Wm4::Matri
             return true;
     }
     primitive->properties = properties;
+    primitive->transform = transform;
     if (failed) {
         strokeInsteadOfFill(primitive->properties);
     }

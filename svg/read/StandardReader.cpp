@@ -56,9 +56,9 @@ using Kind = StandardReader::Kind;
 constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
 constexpr int kMaxDepth = 256;
 // References may expand the document within a fixed allowance, beyond it only to ten times its
-// own size; sizes count items and path commands.
+// own size, as entities may; sizes are the memory the items take, roughly.
 constexpr std::uint64_t kMaxAmplification = 10;
-constexpr std::uint64_t kExpansionAllowance = 1u << 20;
+constexpr std::uint64_t kExpansionAllowance = 16u << 20;
 
 struct ElementRow {
     std::string_view name;
@@ -291,10 +291,13 @@ std::shared_ptr<ItemInterface> shallowCopy(const ItemInterface& item) {
     }
 }
 
-// How much of the document an item stands for, when copies are counted against its size.
+// Roughly the memory an item takes, when copies are counted against the document's size.
 std::uint64_t sizeOf(const ItemInterface& item) {
-    return 1 +
-           (item.getType() == ItemType::Path ? static_cast<const Path&>(item).commands.size() : 0);
+    constexpr std::uint64_t kItem = 512;
+    constexpr std::uint64_t kCommand = 64;
+    const std::uint64_t commands =
+        item.getType() == ItemType::Path ? static_cast<const Path&>(item).commands.size() : 0;
+    return kItem + kCommand * commands;
 }
 
 }  // namespace
@@ -1009,9 +1012,7 @@ bool StandardReader::finish(ItemInterfacePointer<ItemInterface>& out) {
     }
     resolveInherited();
     removeHidden();
-    if (mRoot) {
-        out = mRoot;
-    }
+    out = mRoot;  // none when the root element was not one the profile reads
     return true;
 }
 

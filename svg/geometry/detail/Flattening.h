@@ -20,7 +20,7 @@
 namespace tq::svg::detail {
 
 // The most steps one curve takes, a guard against absurd sizes.
-constexpr unsigned int kMaxCurveSteps = 1u << 16;
+constexpr unsigned int kMaxCurveSteps = 4096;
 
 // The largest factor by which the linear part of `m` stretches a length (1 for null).
 float MaximumStretch(const Wm4::Matrix3f* m);

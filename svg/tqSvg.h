@@ -27,6 +27,7 @@
 #include "svg/model/UnitValue.h"
 
 // Library start and stop, drivers and version.
+#include "svg/io/LibraryGuard.h"
 #include "svg/io/Version.h"
 #include "svg/io/tqCoreDriver.h"
 #include "svg/io/tqCoreSvgIODriver.h"

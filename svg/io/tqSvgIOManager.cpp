@@ -34,18 +34,38 @@ bool noSaveDriver(const std::string& key, std::list<std::string>* messages) {
 
 }  // namespace
 
+// Before the first start and after the last stop there is no library manager: calls reach this
+// one instead, which has no driver and says why, rather than freed or absent memory.
+tqSvgIOManager& tqSvgIOManager::Stopped() {
+    static tqSvgIOManager stopped;
+    return stopped;
+}
+
 const tqSvgIOManager& tqSvgIOManager::get() {
-    return *gManager;
+    return gManager != nullptr ? *gManager : Stopped();
 }
 
 tqSvgIOManager& tqSvgIOManager::edit() {
-    return *gManager;
+    return gManager != nullptr ? *gManager : Stopped();
+}
+
+bool tqSvgIOManager::started(std::list<std::string>* messages) const {
+    if (this == gManager) {
+        return true;
+    }
+    if (messages != nullptr) {
+        messages->assign(1, "tqSvg is not started: call initializeTqSvg() first");
+    }
+    return false;
 }
 
 // The choice depends on the name alone: the source carries no device and default options.
 bool tqSvgIOManager::loadSvg(ItemInterfacePointer<ItemInterface>& out, tqIoDevice& device,
                              const std::string& name, tqProgressNotifierInterface* notifier,
                              const LoadOptions* options, std::list<std::string>* messages) const {
+    if (!started(messages)) {
+        return false;
+    }
     tqCoreSvgIODriver* driver = getFirstLoadDriver({nullptr, name}, LoadOptions());
     if (driver == nullptr) {
         return false;  // deliberately silent, unlike a save
@@ -59,6 +79,9 @@ bool tqSvgIOManager::loadSvg(ItemInterfacePointer<ItemInterface>& out, tqIoDevic
 bool tqSvgIOManager::loadSvg(ItemInterfacePointer<ItemInterface>& out, const std::string& fileName,
                              tqProgressNotifierInterface* notifier, const LoadOptions* options,
                              std::list<std::string>* messages) const {
+    if (!started(messages)) {
+        return false;
+    }
     tqCoreSvgIODriver* driver = getFirstLoadDriver({nullptr, extensionOf(fileName)}, LoadOptions());
     if (driver == nullptr) {
         return false;
@@ -71,6 +94,9 @@ bool tqSvgIOManager::loadSvg(ItemInterfacePointer<ItemInterface>& out, const std
 bool tqSvgIOManager::saveSvg(const ItemInterface& item, tqIoDevice& device, const std::string& name,
                              tqProgressNotifierInterface* notifier, const SaveOptions* options,
                              std::list<std::string>* messages) const {
+    if (!started(messages)) {
+        return false;
+    }
     tqCoreSvgIODriver* driver = getFirstSaveDriver(name, SaveOptions());
     if (driver == nullptr) {
         return noSaveDriver(name, messages);
@@ -84,6 +110,9 @@ bool tqSvgIOManager::saveSvg(const ItemInterface& item, tqIoDevice& device, cons
 bool tqSvgIOManager::saveSvg(const ItemInterface& item, const std::string& fileName,
                              tqProgressNotifierInterface* notifier, const SaveOptions* options,
                              std::list<std::string>* messages) const {
+    if (!started(messages)) {
+        return false;
+    }
     const std::string extension = extensionOf(fileName);
     tqCoreSvgIODriver* driver = getFirstSaveDriver(extension, SaveOptions());
     if (driver == nullptr) {

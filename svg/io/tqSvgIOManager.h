@@ -16,7 +16,9 @@ TQSVG_EXPORT void terminateTqSvg();
 
 class TQSVG_EXPORT tqSvgIOManager : public tqTemplateManager<tqCoreSvgIODriver> {
 public:
-    // The one instance; only between initializeTqSvg() and the last terminateTqSvg().
+    // The one instance between initializeTqSvg() and the last terminateTqSvg(). Before and
+    // after, a manager without drivers whose loads and saves fail with the message
+    // "tqSvg is not started: call initializeTqSvg() first".
     static const tqSvgIOManager& get();
     static tqSvgIOManager& edit();
 
@@ -44,6 +46,10 @@ private:
     friend void terminateTqSvg();
     tqSvgIOManager() = default;
     ~tqSvgIOManager() = default;
+
+    static tqSvgIOManager& Stopped();
+    // False, after the message, when this is not the started library's manager.
+    bool started(std::list<std::string>* messages) const;
 };
 
 }  // namespace tq::svg

@@ -47,11 +47,20 @@ float squaredDistance(const Wm4::Vector2f& a, const Wm4::Vector2f& b) {
     return (a - b).SquaredLength();
 }
 
-void deleteAll(std::list<PathBuilder::PrimitiveInterface*>& primitives) {
-    for (PathBuilder::PrimitiveInterface* primitive : primitives) {
-        delete primitive;
+// A copy of a pending shape: the builder makes only its three kinds.
+std::unique_ptr<PathBuilder::PrimitiveInterface> copyOf(
+    const PathBuilder::PrimitiveInterface& primitive) {
+    switch (primitive.type) {
+        case PathBuilder::PrimitiveInterface::LineType:
+            return std::make_unique<PathBuilder::Line>(
+                static_cast<const PathBuilder::Line&>(primitive));
+        case PathBuilder::PrimitiveInterface::EllipseType:
+            return std::make_unique<PathBuilder::Ellipse>(
+                static_cast<const PathBuilder::Ellipse&>(primitive));
+        default:
+            return std::make_unique<PathBuilder::SegmentList>(
+                static_cast<const PathBuilder::SegmentList&>(primitive));
     }
-    primitives.clear();
 }
 
 }  // namespace
@@ -108,20 +117,23 @@ void PathBuilder::SegmentList::write(PathBuilder& builder) const {
 
 // ---- Lifetime ----
 
-PathBuilder::~PathBuilder() {
-    deleteAll(mPendingPrimitives);
+PathBuilder::~PathBuilder() = default;
+
+PathBuilder::PathBuilder(const PathBuilder& other) {
+    *this = other;
 }
 
 PathBuilder& PathBuilder::operator=(const PathBuilder& other) {
     if (this != &other) {
-        deleteAll(mPendingPrimitives);
-        mPendingPrimitives = other.mPendingPrimitives;
+        mPendingPrimitives.clear();
+        for (const auto& primitive : other.mPendingPrimitives) {
+            mPendingPrimitives.push_back(copyOf(*primitive));
+        }
         mCurrentPoint = other.mCurrentPoint;
         mHasCurrentPoint = other.mHasCurrentPoint;
         mContent = other.mContent;
         mContourOpen = other.mContourOpen;
         mReorderContour = other.mReorderContour;
-        mInsidePrimitive = other.mInsidePrimitive;
     }
     return *this;
 }
@@ -132,14 +144,13 @@ PathBuilder::PathBuilder(PathBuilder&& other) noexcept {
 
 PathBuilder& PathBuilder::operator=(PathBuilder&& other) noexcept {
     if (this != &other) {
-        deleteAll(mPendingPrimitives);
+        mPendingPrimitives.clear();
         mPendingPrimitives.swap(other.mPendingPrimitives);
         mCurrentPoint = other.mCurrentPoint;
         mHasCurrentPoint = other.mHasCurrentPoint;
         mContent.swap(other.mContent);
         mContourOpen = other.mContourOpen;
         mReorderContour = other.mReorderContour;
-        mInsidePrimitive = other.mInsidePrimitive;
         other.clearBuilder();
     }
     return *this;
@@ -166,7 +177,7 @@ void PathBuilder::endContour() {
         ReorderContourPath(mPendingPrimitives);
     }
     bool first = true;
-    for (const PrimitiveInterface* primitive : mPendingPrimitives) {
+    for (const auto& primitive : mPendingPrimitives) {
         startPrimitive(!first, primitive->getStartPoint());
         primitive->write(*this);
         endPrimitive(primitive->getEndPoint());
@@ -187,17 +198,17 @@ void PathBuilder::cancelContour() {
 void PathBuilder::clearCurrentContour() {
     mContourOpen = false;
     mReorderContour = false;
-    deleteAll(mPendingPrimitives);
+    mPendingPrimitives.clear();
 }
 
 // Greedy chaining: the first shape stays first, then always the remaining shape with an end
 // nearest to where the chain stops, walked from that end. Deliberately stable: ties keep the
 // earlier shape, and a shape whose two ends are equally near keeps its direction.
-void PathBuilder::ReorderContourPath(std::list<PrimitiveInterface*>& primitives) {
+void PathBuilder::ReorderContourPath(std::list<std::unique_ptr<PrimitiveInterface>>& primitives) {
     if (primitives.empty()) {
         return;
     }
-    std::list<PrimitiveInterface*> work;
+    std::list<std::unique_ptr<PrimitiveInterface>> work;
     work.splice(work.end(), primitives);
     primitives.splice(primitives.end(), work, work.begin());
     while (!work.empty()) {
@@ -224,7 +235,7 @@ void PathBuilder::ReorderContourPath(std::list<PrimitiveInterface*>& primitives)
 
 void PathBuilder::appendLine(const Wm4::Vector2f& from, const Wm4::Vector2f& to) {
     if (mContourOpen) {
-        mPendingPrimitives.push_back(new Line(from, to));
+        mPendingPrimitives.push_back(std::make_unique<Line>(from, to));
         return;
     }
     writeAlone(Line(from, to));
@@ -235,8 +246,8 @@ void PathBuilder::appendRect(const Wm4::Vector2f& position, const Wm4::Vector2f&
     const float right = x + size.X(), bottom = y + size.Y();
     const Wm4::Vector2f corners[5] = {{x, y}, {right, y}, {right, bottom}, {x, bottom}, {x, y}};
     if (mContourOpen) {
-        mPendingPrimitives.push_back(
-            new SegmentList(std::vector<Wm4::Vector2f>(std::begin(corners), std::end(corners))));
+        mPendingPrimitives.push_back(std::make_unique<SegmentList>(
+            std::vector<Wm4::Vector2f>(std::begin(corners), std::end(corners))));
         return;
     }
     writePolylineAlone(corners, 5);
@@ -245,7 +256,8 @@ void PathBuilder::appendRect(const Wm4::Vector2f& position, const Wm4::Vector2f&
 void PathBuilder::appendEllipse(const Wm4::Vector2f& center, const Wm4::Vector2f& radii,
                                 float startAngle, float endAngle) {
     if (mContourOpen) {
-        mPendingPrimitives.push_back(new Ellipse(center, radii, startAngle, endAngle));
+        mPendingPrimitives.push_back(
+            std::make_unique<Ellipse>(center, radii, startAngle, endAngle));
         return;
     }
     writeAlone(Ellipse(center, radii, startAngle, endAngle));
@@ -256,7 +268,8 @@ void PathBuilder::appendSegmentListConst(const std::vector<Wm4::Vector2f>& point
         return;
     }
     if (mContourOpen) {
-        mPendingPrimitives.push_back(new SegmentList(std::vector<Wm4::Vector2f>(points)));
+        mPendingPrimitives.push_back(
+            std::make_unique<SegmentList>(std::vector<Wm4::Vector2f>(points)));
         return;
     }
     // Written straight from the caller's points: no copy.
@@ -268,7 +281,7 @@ void PathBuilder::appendSegmentListMove(std::vector<Wm4::Vector2f>& points) {
         return;
     }
     if (mContourOpen) {
-        mPendingPrimitives.push_back(new SegmentList(std::move(points)));
+        mPendingPrimitives.push_back(std::make_unique<SegmentList>(std::move(points)));
     } else {
         writeAlone(SegmentList(std::move(points)));
     }
@@ -310,7 +323,6 @@ void PathBuilder::clearBuilder() {
     mContent.clear();
     mCurrentPoint = Wm4::Vector2f::ZERO;
     mHasCurrentPoint = false;
-    mInsidePrimitive = false;
 }
 
 // ---- Records ----
@@ -389,7 +401,6 @@ void PathBuilder::writeEllipticalArc(const Wm4::Vector2f& radii, float rotation,
 }
 
 void PathBuilder::startPrimitive(bool connect, const Wm4::Vector2f& point) {
-    mInsidePrimitive = true;
     if (!mHasCurrentPoint || mCurrentPoint != point) {
         if (connect && mHasCurrentPoint) {
             writeLineTo(point);
@@ -402,7 +413,6 @@ void PathBuilder::startPrimitive(bool connect, const Wm4::Vector2f& point) {
 
 void PathBuilder::endPrimitive(const Wm4::Vector2f& point) {
     setCurrentPoint(point);
-    mInsidePrimitive = false;
 }
 
 }  // namespace tq::svg

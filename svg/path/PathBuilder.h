@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <memory>
 #include <vector>
 
 #include <Wm4Foundation/Wm4Vector2.h>
@@ -96,13 +97,11 @@ public:
     };
 
     PathBuilder() = default;
-    // Deletes the shapes of an open contour.
     ~PathBuilder();
 
-    // Copies share the pending shapes of an open contour (the same objects), and each builder
-    // deletes them: copy a builder only while no shape is pending. Assignment deletes the
-    // target's own pending shapes first.
-    PathBuilder(const PathBuilder& other) = default;
+    // Copies hold copies of the pending shapes of an open contour, so either builder may go on
+    // with it (or drop it) alone.
+    PathBuilder(const PathBuilder& other);
     PathBuilder& operator=(const PathBuilder& other);
     // Moves take the pending shapes over and leave `other` as after clearBuilder().
     PathBuilder(PathBuilder&& other) noexcept;
@@ -153,15 +152,14 @@ private:
     void setCurrentPoint(const Wm4::Vector2f& point);
     void clearCurrentContour();
 
-    static void ReorderContourPath(std::list<PrimitiveInterface*>& primitives);
+    static void ReorderContourPath(std::list<std::unique_ptr<PrimitiveInterface>>& primitives);
 
-    std::list<PrimitiveInterface*> mPendingPrimitives;  // owned
+    std::list<std::unique_ptr<PrimitiveInterface>> mPendingPrimitives;
     Wm4::Vector2f mCurrentPoint;
     bool mHasCurrentPoint = false;
     std::list<Path::Command> mContent;
     bool mContourOpen = false;
     bool mReorderContour = false;
-    bool mInsidePrimitive = false;  // while one shape is being written
 };
 
 }  // namespace tq::svg

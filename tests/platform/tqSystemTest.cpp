@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "CapturingLog.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,12 +14,6 @@
 #include <vector>
 
 namespace {
-
-class CapturingLog : public tqLog {
-public:
-    void write(const tqLogObject& object) override { lines.push_back(object); }
-    std::vector<tqLogObject> lines;
-};
 
 // A fresh folder under the test's temporary directory, removed with its files afterwards.
 class TempDir {
@@ -52,26 +48,15 @@ TEST(LogRouting, NoInstanceWritesOneLineToStandardError) {
 }
 
 TEST(LogRouting, EnabledInstanceReceivesTheObjectDisabledOneNothing) {
-    CapturingLog log;
-    tqLog::setInstance(&log);
     testing::internal::CaptureStderr();
-    tqLog::Log(tqLogObject(tqLogType::Warning, "driver", "one"));
-    log.setEnabled(false);
-    tqLog::Log(tqLogObject(tqLogType::Error, "driver", "two"));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");  // a disabled log does not fall back
-    tqLog::setInstance(nullptr);
-
-    ASSERT_EQ(log.lines.size(), 1u);
-    EXPECT_EQ(log.lines[0].type, tqLogType::Warning);
-    EXPECT_EQ(log.lines[0].category, "driver");
-    EXPECT_EQ(log.lines[0].text, "one");
-}
-
-TEST(LogRouting, DestroyedInstanceIsUninstalled) {
     {
-        CapturingLog log;
-        tqLog::setInstance(&log);
+        tq::test::CapturingLog log;
+        tqLog::Log(tqLogObject(tqLogType::Warning, "driver", "one"));
+        log.setEnabled(false);
+        tqLog::Log(tqLogObject(tqLogType::Error, "driver", "two"));
+        EXPECT_EQ(log.lines, std::vector<std::string>{"3 driver: one"});
     }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");  // a disabled log does not fall back
     EXPECT_EQ(tqLog::getInstance(), nullptr);
 }
 
@@ -156,13 +141,10 @@ TEST(MemoryDevice, ReadsFromTheStartAndWritesAppend) {
 }
 
 TEST(SystemUtils, DateIsIso) {
-    const std::string date = tqSystemUtils::GetCurrentDateTimeISO(false);
     const std::string stamp = tqSystemUtils::GetCurrentDateTimeISO(true);
-    ASSERT_EQ(date.size(), 10u);
-    EXPECT_EQ(date[4], '-');
-    EXPECT_EQ(date[7], '-');
-    ASSERT_EQ(stamp.size(), 19u);
-    EXPECT_EQ(stamp[10], 'T');
-    EXPECT_EQ(stamp[13], ':');
-    EXPECT_EQ(GetSoftwareVersionForStream().toString(), "tqSvg 3.0.0.1297");
+    ASSERT_EQ(stamp.size(), 19u) << stamp;
+    EXPECT_EQ(stamp.substr(4, 1) + stamp.substr(7, 1) + stamp.substr(10, 1) + stamp.substr(13, 1),
+              "--T:")
+        << stamp;
+    EXPECT_EQ(tqSystemUtils::GetCurrentDateTimeISO(false), stamp.substr(0, 10));
 }

@@ -154,15 +154,6 @@ TEST(PathPrimitives, HandBuiltCommandsWithTooFewNumbersAreSkipped) {
     EXPECT_EQ(count, 1);
 }
 
-TEST(PathPrimitives, EmptyCallbackThrowsAtTheFirstPrimitive) {
-    const auto moves = commandsOf("M1 1 M2 2");
-    PathVisitorCommandsToPrimitives quiet(moves, nullptr);
-    EXPECT_NO_THROW(quiet.visit());
-    const auto line = commandsOf("M1 1 L2 2");
-    PathVisitorCommandsToPrimitives visitor(line, nullptr);
-    EXPECT_THROW(visitor.visit(), std::bad_function_call);
-}
-
 TEST(PathEllipticalArc, EndPointFormBecomesCentreForm) {
     struct Case {
         Vector2f radii;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <limits>
 #include <random>
 #include <sstream>
@@ -590,158 +591,155 @@ TEST(TriangulationArea, MatchesTheExactAreaUnderTheRule) {
     }
 }
 
-TEST(TriangulationCoverage, RandomPolygons) {
-    for (unsigned seed = 1; seed <= 30; ++seed) {
-        std::mt19937 rng(seed);
-        std::uniform_real_distribution<float> coord(-100, 100);
-        Outline o("random polygons, seed " + std::to_string(seed));
-        for (int c = 0, contours = 1 + seed % 3; c < contours; ++c) {
-            std::vector<Vector2f> pts(3 + rng() % 25);
-            for (Vector2f& p : pts) {
-                p = Vector2f(coord(rng), coord(rng));
-            }
-            o.contour(pts);
-        }
-        expectExactCoverageUnderBothRules(o, rng);
-    }
-}
-
-TEST(TriangulationCoverage, LatticePolygonsWithSharedVerticesAndOverlaps) {
-    // Vertices on a coarse lattice: repeated points, zero-length, horizontal, vertical and
-    // collinear overlapping segments, and vertices on other segments all come up often.
-    for (unsigned seed = 1; seed <= 150; ++seed) {
-        std::mt19937 rng(seed);
-        const int lattice = 2 + seed % 5;
-        Outline o("lattice polygons, seed " + std::to_string(seed));
-        for (int c = 0, contours = 1 + seed % 4; c < contours; ++c) {
-            std::vector<Vector2f> pts(2 + rng() % 10);
-            for (Vector2f& p : pts) {
-                p = Vector2f(0.75f * (rng() % (lattice + 1)), 1.25f * (rng() % (lattice + 1)));
-            }
-            o.contour(pts);
-        }
-        if (seed % 3 == 0) {  // segments from a point to itself
-            o.indices.insert(o.indices.end(), {1, 1, 0, 0});
-        }
-        expectExactCoverageUnderBothRules(o, rng, seed % 2 == 0, 1000);
-    }
-}
-
-TEST(TriangulationCoverage, StarPolygons) {
-    std::mt19937 rng(77);
-    const std::vector<std::array<int, 2>> stars{{5, 2}, {7, 2}, {7, 3}, {9, 4}, {12, 5}, {101, 37}};
-    for (const auto& nk : stars) {
-        for (double phase : {kPi / 2, 0.3}) {
-            expectExactCoverageUnderBothRules(star(nk[0], nk[1], 100, phase), rng);
-        }
-    }
-}
-
-TEST(TriangulationCoverage, OverlappingContoursWoundEitherWay) {
-    for (unsigned seed = 1; seed <= 20; ++seed) {
-        std::mt19937 rng(seed * 7919);
-        std::uniform_real_distribution<double> u(0, 100);
-        Outline o("overlapping contours, seed " + std::to_string(seed));
-        for (int c = 0, shapes = 2 + rng() % 5; c < shapes; ++c) {
-            const bool ccw = rng() % 2;
-            const P center{u(rng), u(rng)};
-            const double w = 5 + u(rng) / 2, h = 5 + u(rng) / 2;
-            if (rng() % 3 == 0) {
-                o.rect(static_cast<float>(center.x - w), static_cast<float>(center.y - h),
-                       static_cast<float>(center.x + w), static_cast<float>(center.y + h), ccw);
-            } else {  // triangles to pentagons, and 24-gons standing in for circles
-                const int sides = rng() % 2 ? 24 : 3 + rng() % 3;
-                o.polygon(center.x, center.y, w, sides, ccw ? 1 : -1, h);
-            }
-        }
-        expectExactCoverageUnderBothRules(o, rng);
-    }
-}
-
-TEST(TriangulationCoverage, GridsOfHolesWoundEitherWay) {
-    for (unsigned seed = 1; seed <= 8; ++seed) {
-        std::mt19937 rng(seed);
-        const int cells = 2 + seed % 5;
-        const float gap = seed % 2 ? 1.0f : 0.0f;  // no gap: neighbouring holes share edges
-        Outline o("grid of holes, seed " + std::to_string(seed));
-        o.rect(-1, -1, 10.0f * cells + 1, 10.0f * cells + 1);
-        for (int i = 0; i < cells; ++i) {
-            for (int j = 0; j < cells; ++j) {
-                o.rect(10.0f * i + gap, 10.0f * j + gap, 10.0f * (i + 1) - gap,
-                       10.0f * (j + 1) - gap, rng() % 2);
-            }
-        }
-        expectExactCoverageUnderBothRules(o, rng);
-    }
-}
-
-TEST(TriangulationCoverage, NearlyParallelCrossings) {
-    for (unsigned seed = 1; seed <= 12; ++seed) {
-        std::mt19937 rng(seed);
-        std::uniform_real_distribution<double> jitter(-1e-3, 1e-3), shift(-30, 30);
-        // Long bands 20 wide, 0.01 to 0.04 radians apart (so their edges cross over hundreds
-        // of units), around nearly horizontal, nearly vertical or diagonal directions.
-        const double base = std::array<double, 3>{1e-3, kPi / 2 - 1e-3, kPi / 4}[seed % 3];
-        Outline o("nearly parallel bands, seed " + std::to_string(seed));
-        for (int b = 0; b < 4; ++b) {
-            const double a = base + b * 0.01 * (1 + seed % 4) + jitter(rng);
-            const double c = std::cos(a), s = std::sin(a), w = 10, l = 500;
-            const P m{500 + shift(rng), 500 + shift(rng)};
-            std::vector<Vector2f> pts;
-            for (auto [u, v] :
-                 std::array<std::array<double, 2>, 4>{{{-l, -w}, {l, -w}, {l, w}, {-l, w}}}) {
-                pts.emplace_back(static_cast<float>(m.x + u * c - v * s),
-                                 static_cast<float>(m.y + u * s + v * c));
-            }
-            if (rng() % 2) {
-                std::reverse(pts.begin(), pts.end());
-            }
-            o.contour(pts);
-        }
-        expectExactCoverageUnderBothRules(o, rng);
-    }
-}
-
-TEST(TriangulationCoverage, TouchingRepeatedAndOverlappingOutlines) {
-    const std::vector<Outline> outlines = loadOutlines("degenerate.txt");
-    ASSERT_GE(outlines.size(), 20u);
-    std::mt19937 rng(4242);
-    for (const Outline& o : outlines) {
-        for (bool skip : {true, false}) {
-            expectExactCoverageUnderBothRules(o, rng, skip, 1000);
-        }
-    }
-}
-
-TEST(TriangulationCoverage, HugeTinyAndFarOffCoordinates) {
-    std::vector<Outline> shapes{star(7, 3, 100)};
-    shapes.push_back(
-        Outline("squares").rect(0, 0, 50, 50).rect(10, 10, 20, 20, false).rect(15, 15, 40, 30));
-    for (const Outline& o : loadOutlines("degenerate.txt")) {
+// Each generator makes `count` outlines, the k-th from its own random sequence; every one must be
+// covered exactly under both rules.
+TEST(TriangulationCoverage, GeneratedOutlines) {
+    using Rng = std::mt19937;
+    const std::vector<Outline> data = loadOutlines("degenerate.txt");
+    ASSERT_GE(data.size(), 20u);
+    std::vector<Outline> farShapes{
+        star(7, 3, 100),
+        Outline("squares").rect(0, 0, 50, 50).rect(10, 10, 20, 20, false).rect(15, 15, 40, 30)};
+    for (const Outline& o : data) {
         for (const char* name : {"vertex-on-slanted-edge", "slanted-collinear-overlap",
                                  "comb-of-spikes", "crossing-slivers"}) {
             if (o.name == name) {
-                shapes.push_back(o);
+                farShapes.push_back(o);
             }
         }
     }
-    ASSERT_EQ(shapes.size(), 6u);
-    std::mt19937 rng(99);
-    struct Placement {
-        double scale, dx, dy;
+    ASSERT_EQ(farShapes.size(), 6u);
+    const std::array<std::array<double, 3>, 6> placements{{{1e30, 0, 0},
+                                                           {1e-30, 0, 0},
+                                                           {1e36, -3e37, 1e37},
+                                                           {3e36, 0, 0},
+                                                           {1, 1e5, -2e5},
+                                                           {1e-3, 1, 1}}};
+    const std::vector<std::array<int, 2>> stars{{5, 2}, {7, 2}, {7, 3}, {9, 4}, {12, 5}, {101, 37}};
+
+    struct Generator {
+        const char* name;
+        unsigned count;
+        std::function<Outline(unsigned, Rng&)> make;
+        int samples = 1500;
+        bool alternateSkip = false;  // every other outline with skipDegenerate off
     };
-    for (const Placement& at :
-         {Placement{1e30, 0, 0}, Placement{1e-30, 0, 0}, Placement{1e36, -3e37, 1e37},
-          Placement{3e36, 0, 0}, Placement{1, 1e5, -2e5}, Placement{1e-3, 1, 1}}) {
-        for (const Outline& shape : shapes) {
-            Outline o = shape.transformed(at.scale, at.dx, at.dy);
-            std::ostringstream name;
-            name << o.name << " scaled by " << at.scale << " moved by " << at.dx << ", " << at.dy;
-            o.name = name.str();
-            expectExactCoverageUnderBothRules(o, rng, true, 600);
+    const Generator generators[] = {
+        {"random polygons", 30,
+         [](unsigned k, Rng& rng) {
+             std::uniform_real_distribution<float> coord(-100, 100);
+             Outline o;
+             for (unsigned c = 0; c < 1 + k % 3; ++c) {
+                 std::vector<Vector2f> pts(3 + rng() % 25);
+                 for (Vector2f& p : pts) {
+                     p = Vector2f(coord(rng), coord(rng));
+                 }
+                 o.contour(pts);
+             }
+             return o;
+         }},
+        // Vertices on a coarse lattice: repeated points, zero-length, horizontal, vertical and
+        // collinear overlapping segments, and vertices on other segments all come up often.
+        {"lattice polygons", 150,
+         [](unsigned k, Rng& rng) {
+             const unsigned lattice = 2 + k % 5;
+             Outline o;
+             for (unsigned c = 0; c < 1 + k % 4; ++c) {
+                 std::vector<Vector2f> pts(2 + rng() % 10);
+                 for (Vector2f& p : pts) {
+                     p = Vector2f(0.75f * (rng() % (lattice + 1)), 1.25f * (rng() % (lattice + 1)));
+                 }
+                 o.contour(pts);
+             }
+             if (k % 3 == 0) {  // segments from a point to itself
+                 o.indices.insert(o.indices.end(), {1, 1, 0, 0});
+             }
+             return o;
+         },
+         1000, true},
+        {"star polygons", 2 * static_cast<unsigned>(stars.size()),
+         [&](unsigned k, Rng&) {
+             const auto& nk = stars[(k - 1) / 2];
+             return star(nk[0], nk[1], 100, k % 2 ? kPi / 2 : 0.3);
+         }},
+        {"overlapping contours wound either way", 20,
+         [](unsigned, Rng& rng) {
+             std::uniform_real_distribution<double> u(0, 100);
+             Outline o;
+             for (unsigned c = 0, shapes = 2 + rng() % 5; c < shapes; ++c) {
+                 const bool ccw = rng() % 2;
+                 const P m{u(rng), u(rng)};
+                 const double w = 5 + u(rng) / 2, h = 5 + u(rng) / 2;
+                 if (rng() % 3 == 0) {
+                     o.rect(float(m.x - w), float(m.y - h), float(m.x + w), float(m.y + h), ccw);
+                 } else {  // triangles to pentagons, and 24-gons standing in for circles
+                     o.polygon(m.x, m.y, w, rng() % 2 ? 24 : 3 + rng() % 3, ccw ? 1 : -1, h);
+                 }
+             }
+             return o;
+         }},
+        {"grids of holes wound either way", 8,
+         [](unsigned k, Rng& rng) {
+             const int cells = 2 + int(k % 5);
+             const float gap = k % 2 ? 1.0f : 0.0f;  // no gap: neighbouring holes share edges
+             Outline o;
+             o.rect(-1, -1, 10.0f * cells + 1, 10.0f * cells + 1);
+             for (int i = 0; i < cells; ++i) {
+                 for (int j = 0; j < cells; ++j) {
+                     o.rect(10.0f * i + gap, 10.0f * j + gap, 10.0f * (i + 1) - gap,
+                            10.0f * (j + 1) - gap, rng() % 2);
+                 }
+             }
+             return o;
+         }},
+        // Long bands 20 wide, 0.01 to 0.04 radians apart (so their edges cross over hundreds of
+        // units), around nearly horizontal, nearly vertical or diagonal directions.
+        {"nearly parallel bands", 12,
+         [](unsigned k, Rng& rng) {
+             std::uniform_real_distribution<double> jitter(-1e-3, 1e-3), shift(-30, 30);
+             const double base = std::array<double, 3>{1e-3, kPi / 2 - 1e-3, kPi / 4}[k % 3];
+             Outline o;
+             for (int b = 0; b < 4; ++b) {
+                 const double a = base + b * 0.01 * (1 + k % 4) + jitter(rng);
+                 const double c = std::cos(a), s = std::sin(a), w = 10, l = 500;
+                 const P m{500 + shift(rng), 500 + shift(rng)};
+                 std::vector<Vector2f> pts;
+                 for (auto [u, v] :
+                      std::array<std::array<double, 2>, 4>{{{-l, -w}, {l, -w}, {l, w}, {-l, w}}}) {
+                     pts.emplace_back(float(m.x + u * c - v * s), float(m.y + u * s + v * c));
+                 }
+                 if (rng() % 2) {
+                     std::reverse(pts.begin(), pts.end());
+                 }
+                 o.contour(pts);
+             }
+             return o;
+         }},
+        {"touching, repeated and overlapping outlines (data file)",
+         2 * static_cast<unsigned>(data.size()),
+         [&](unsigned k, Rng&) { return data[(k - 1) / 2]; }, 1000, true},
+        {"huge, tiny and far-off coordinates", 6 * 6,
+         [&](unsigned k, Rng&) {
+             const auto& at = placements[(k - 1) / 6];
+             return farShapes[(k - 1) % 6].transformed(at[0], at[1], at[2]);
+         },
+         600},
+        // Far below the float limit, yet an edge of slope 10 reaches it in y - slope * x.
+        {"steep triangle", 1,
+         [](unsigned, Rng&) {
+             return Outline().contour({{5.4e37f, 6e37f}, {1.8e37f, 1.5e37f}, {6e37f, 0}});
+         }},
+    };
+    for (const Generator& g : generators) {
+        for (unsigned k = 1; k <= g.count; ++k) {
+            Rng rng(k * 7919);
+            Outline o = g.make(k, rng);
+            o.name = std::string(g.name) + " #" + std::to_string(k) +
+                     (o.name.empty() ? "" : " (" + o.name + ")");
+            expectExactCoverageUnderBothRules(o, rng, !(g.alternateSkip && k % 2 == 0), g.samples);
+            if (HasFailure()) {
+                return;  // one outline to debug is enough
+            }
         }
     }
-    // Far below the float limit, yet an edge of slope 10 reaches it in y - slope * x.
-    expectExactCoverageUnderBothRules(
-        Outline("steep triangle").contour({{5.4e37f, 6e37f}, {1.8e37f, 1.5e37f}, {6e37f, 0}}), rng);
 }

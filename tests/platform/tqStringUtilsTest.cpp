@@ -124,20 +124,14 @@ TEST(FromFloatCompact, Examples) {
     };
     const Case cases[] = {
         {0.1f, -1, "0.1"},
-        {-2.5f, -1, "-2.5"},
-        {100.0f, -1, "100"},
         {1e20f, -1, "1e+20"},
         {1e-5f, -1, "1e-05"},
         {-0.0f, -1, "-0"},
-        {0.0f, 3, "0"},
         {3.14159f, 3, "3.14"},
-        {3.14159f, 0, "3"},
-        {0.3f, 8, "0.3"},
         {123456.0f, 3, "123000"},
         {1.5e9f, 1, "2e+09"},
         {9.99f, 2, "10"},
         {0.000123f, 2, "0.00012"},
-        {-1234.5f, 4, "-1234"},
         {std::numeric_limits<float>::quiet_NaN(), -1, "nan"},
         {-std::numeric_limits<float>::quiet_NaN(), 3, "nan"},
         {std::numeric_limits<float>::infinity(), -1, "inf"},
@@ -154,14 +148,6 @@ TEST(FromFloatFixedAndScientific, MatchPrintfWithoutTheLocale) {
     EXPECT_EQ(tqStringUtils::fromFloat(1.5f, -1, Format::Fixed), "1.500000");
     EXPECT_EQ(tqStringUtils::fromFloat(1234.5f, 1, Format::Scientific), "1.2e+03");
     EXPECT_EQ(tqStringUtils::fromFloat(-0.0f, 0, Format::Fixed), "-0");
-}
-
-TEST(FromInteger, PadsAfterTheSign) {
-    EXPECT_EQ(tqStringUtils::fromInt64(-7, 3), "-007");
-    EXPECT_EQ(tqStringUtils::fromInt64(std::numeric_limits<int64>::min(), 1),
-              "-9223372036854775808");
-    EXPECT_EQ(tqStringUtils::fromUInt64(std::numeric_limits<uint64>::max(), 1),
-              "18446744073709551615");
 }
 
 TEST(Replace, EveryOccurrenceWithoutRescanning) {
@@ -195,11 +181,6 @@ TEST(Split, KeepsOrDropsEmptyParts) {
     EXPECT_EQ(tqStringUtils::Split("", ' ', false), (V{""}));
     EXPECT_EQ(tqStringUtils::Split("", ' ', true), V{});
     EXPECT_EQ(tqStringUtils::Split("abc", ',', true), (V{"abc"}));
-}
-
-TEST(EndsWith, ComparesTheTail) {
-    EXPECT_TRUE(tqStringUtils::endsWith("12px", "px") && tqStringUtils::endsWith("x", ""));
-    EXPECT_FALSE(tqStringUtils::endsWith("x", "px") || tqStringUtils::endsWith("12pX", "px"));
 }
 
 TEST(IsUtf8String, AcceptsOnlyStrictUtf8) {

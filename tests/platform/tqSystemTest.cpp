@@ -60,18 +60,6 @@ TEST(LogRouting, EnabledInstanceReceivesTheObjectDisabledOneNothing) {
     EXPECT_EQ(tqLog::getInstance(), nullptr);
 }
 
-TEST(LibInitCounter, OnlyTheOutermostPairReportsWork) {
-    tq::impl::LibInitCounter counter("test", true);
-    EXPECT_FALSE(counter.decrementInitCounter());  // nothing to undo
-    EXPECT_TRUE(counter.incrementInitCounter());
-    EXPECT_FALSE(counter.incrementInitCounter());
-    EXPECT_FALSE(counter.decrementInitCounter());
-    EXPECT_TRUE(counter.decrementInitCounter());
-    EXPECT_FALSE(counter.decrementInitCounter());
-    EXPECT_EQ(counter.getCount(), 0);
-    EXPECT_TRUE(counter.incrementInitCounter());  // a new first initialisation
-}
-
 TEST(ExtractFileExtension, LastComponentOnly) {
     struct Case {
         const char* path;
@@ -123,28 +111,4 @@ TEST(FileDevice, CannotOpenMissingFilesDirectoriesOrMissingFolders) {
     EXPECT_FALSE(tqIoDeviceFileStream(dir.path, DataWay::Write, true).isOpen());
     EXPECT_FALSE(tqIoDeviceFileStream(dir.file("no/such/dir.svg"), DataWay::Write, true).isOpen());
     EXPECT_FALSE(tqIoDeviceFileStream(dir.file("x"), DataWay::None, true).isOpen());
-}
-
-TEST(MemoryDevice, ReadsFromTheStartAndWritesAppend) {
-    tqIoDeviceMemory in(std::string("hello world"));
-    EXPECT_TRUE(in.isOpen());
-    EXPECT_EQ(readAll(in, 4), "hello world");
-    char c;
-    EXPECT_EQ(in.read(&c, 1), 0);
-
-    tqIoDeviceMemory out;
-    EXPECT_EQ(out.write("ab", 2), 2);
-    EXPECT_EQ(out.write("", 0), 0);
-    EXPECT_EQ(out.write("cd", 2), 2);
-    EXPECT_EQ(out.write("x", -1), -1);
-    EXPECT_EQ(out.getContent(), "abcd");
-}
-
-TEST(SystemUtils, DateIsIso) {
-    const std::string stamp = tqSystemUtils::GetCurrentDateTimeISO(true);
-    ASSERT_EQ(stamp.size(), 19u) << stamp;
-    EXPECT_EQ(stamp.substr(4, 1) + stamp.substr(7, 1) + stamp.substr(10, 1) + stamp.substr(13, 1),
-              "--T:")
-        << stamp;
-    EXPECT_EQ(tqSystemUtils::GetCurrentDateTimeISO(false), stamp.substr(0, 10));
 }

@@ -136,21 +136,6 @@ TEST(ParseXmlStream, HandlerExceptionsReachTheCallerAfterTheParserStopped) {
     EXPECT_EQ(r.trace, "start-document\n<a\n");
 }
 
-TEST(ParseXmlStream, ReadsLargeDocumentsInChunks) {
-    std::string xml = "<a>";
-    std::string expected;
-    for (int i = 0; i < 20000; ++i) {
-        xml += "<b v=\"" + std::to_string(i) + "\">t" + std::to_string(i) + "</b>";
-        expected += "t" + std::to_string(i);
-    }
-    xml += "</a>";
-    ASSERT_GT(xml.size(), 3u * 64 * 1024);
-    Recorder r;
-    ASSERT_TRUE(parse(xml, r));
-    EXPECT_EQ(r.text_, expected);
-    EXPECT_NE(r.trace.find("<b [|v=19999]"), std::string::npos);
-}
-
 TEST(ParseXmlStream, CancelAndDeviceFailuresStop) {
     struct Cancelled : tqCancelInterface {
         bool isCancelled() const override { return true; }

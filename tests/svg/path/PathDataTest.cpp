@@ -24,13 +24,7 @@ Converted convert(const std::string& text) {
     std::list<Path::Command> out;
     Converted result;
     result.ok = ConvertPathStringToCommands(text, out, &result.error);
-    for (const Path::Command& command : out) {
-        result.commands += (result.commands.empty() ? "" : " ") +
-                           std::string(1, Path::CommandLetters[int(command.type)]);
-        for (std::size_t i = 0; i < command.values.size(); ++i) {
-            result.commands += (i ? "," : "") + tq::test::Number(command.values[i]);
-        }
-    }
+    result.commands = tq::test::CommandsText(out);
     return result;
 }
 

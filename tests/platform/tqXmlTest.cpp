@@ -6,7 +6,6 @@
 #include <libxml/xmlwriter.h>
 
 #include <fstream>
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -34,7 +33,7 @@ public:
                      std::string(a.value) + "]";
         }
         trace += "\n";
-        return onStart ? onStart(name) : StartElementResult::Continue;
+        return StartElementResult::Continue;
     }
     bool endElement(const char* name) override {
         trace += std::string("</") + name + "\n";
@@ -52,7 +51,6 @@ public:
     std::string trace;
     std::string text_;
     std::vector<std::pair<std::string, int>> messages;
-    std::function<StartElementResult(const std::string&)> onStart;
 };
 
 bool parse(const std::string& xml, Recorder& recorder) {
@@ -87,25 +85,6 @@ TEST(ParseXmlStream, DecodesReferencesAndCdataIntoCharacters) {
                       r));
     EXPECT_NE(r.trace.find("[|a=<Aworld]"), std::string::npos) << r.trace;
     EXPECT_EQ(r.text_, "x & world <raw>");
-}
-
-TEST(ParseXmlStream, SkipElementHidesItsWholeContent) {
-    Recorder r;
-    r.onStart = [](const std::string& name) {
-        return name == "skip" ? StartElementResult::SkipElement : StartElementResult::Continue;
-    };
-    ASSERT_TRUE(parse("<a><skip>hidden<skip><b/></skip></skip><c>seen</c></a>", r));
-    EXPECT_EQ(r.trace, "start-document\n<a\n<skip\n<c\n</c\n</a\nend-document\n");
-    EXPECT_EQ(r.text_, "seen");
-}
-
-TEST(ParseXmlStream, AbortAndFalseStopTheParse) {
-    Recorder r;
-    r.onStart = [](const std::string& name) {
-        return name == "b" ? StartElementResult::Abort : StartElementResult::Continue;
-    };
-    EXPECT_FALSE(parse("<a><b/><c/></a>", r));
-    EXPECT_EQ(r.trace, "start-document\n<a\n<b\n");
 }
 
 TEST(ParseXmlStream, MalformedXmlReportsTheParsersTextAsFatal) {

@@ -386,38 +386,3 @@ TEST(DeCasteljauGetBezierPoints, JobCountAtTheLimits) {
     // The first job exists even when no point is allowed.
     EXPECT_EQ(Flattened(kS, 0, -0.999f).jobs.size(), 1u);
 }
-
-TEST(DeCasteljauSegmentBezier, NoAllocationOnceTheArenaAndJobsHaveGrown) {
-    BezierSegmentationWorkspace workspace;
-    SegmentedPrimitive primitive;
-    DeCasteljauSegmentBezier(workspace, curve(kS), primitive, true, 32, -0.999f);
-    const Vector2f* storage = workspace.storage.data();
-    const SegmentationJob* jobs = workspace.jobs.data();
-    const std::size_t storageCapacity = workspace.storage.capacity();
-    const std::size_t jobCapacity = workspace.jobs.capacity();
-    for (const Controls& controls : {kLoop, kArch, kS}) {
-        for (const unsigned int maxPoints : {32u, 3u}) {
-            DeCasteljauSegmentBezier(workspace, curve(controls), primitive, false, maxPoints,
-                                     -0.999f);
-        }
-    }
-    EXPECT_EQ(workspace.storage.data(), storage);
-    EXPECT_EQ(workspace.storage.capacity(), storageCapacity);
-    EXPECT_EQ(workspace.jobs.data(), jobs);
-    EXPECT_EQ(workspace.jobs.capacity(), jobCapacity);
-}
-
-TEST(SegmentationOverflow, CurvesThatCouldOverflowIndicesAreLeftOutAndLogged) {
-    const unsigned int most = std::numeric_limits<unsigned int>::max();
-    tq::test::CapturingLog log;
-    BezierSegmentationWorkspace workspace;
-    SegmentedPrimitive primitive;
-    primitive.points.assign(1, Vector2f(3, 3));
-    DeCasteljauSegmentBezier(workspace, curve(kS), primitive, false, most, -0.999f);
-    SegmentEllipticalArc({0, 0}, {1, 1}, 0, 0, 1, primitive.points, primitive.indices, false, most,
-                         0);
-    EXPECT_EQ(primitive.points.size(), 1u);
-    EXPECT_TRUE(primitive.indices.empty());
-    const std::string line = "2 svg: Index overflow during segmentation";
-    EXPECT_EQ(log.lines, (std::vector<std::string>{line, line}));
-}

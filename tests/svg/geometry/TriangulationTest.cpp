@@ -544,36 +544,6 @@ TEST(TriangulationCoverage, GeneratedOutlines) {
              const auto& nk = stars[(k - 1) / 2];
              return star(nk[0], nk[1], 100, k % 2 ? kPi / 2 : 0.3);
          }},
-        {"overlapping contours wound either way", 20,
-         [](unsigned, Rng& rng) {
-             std::uniform_real_distribution<double> u(0, 100);
-             Outline o;
-             for (unsigned c = 0, shapes = 2 + rng() % 5; c < shapes; ++c) {
-                 const bool ccw = rng() % 2;
-                 const P m{u(rng), u(rng)};
-                 const double w = 5 + u(rng) / 2, h = 5 + u(rng) / 2;
-                 if (rng() % 3 == 0) {
-                     o.rect(float(m.x - w), float(m.y - h), float(m.x + w), float(m.y + h), ccw);
-                 } else {  // triangles to pentagons, and 24-gons standing in for circles
-                     o.polygon(m.x, m.y, w, rng() % 2 ? 24 : 3 + rng() % 3, ccw ? 1 : -1, h);
-                 }
-             }
-             return o;
-         }},
-        {"grids of holes wound either way", 8,
-         [](unsigned k, Rng& rng) {
-             const int cells = 2 + int(k % 5);
-             const float gap = k % 2 ? 1.0f : 0.0f;  // no gap: neighbouring holes share edges
-             Outline o;
-             o.rect(-1, -1, 10.0f * cells + 1, 10.0f * cells + 1);
-             for (int i = 0; i < cells; ++i) {
-                 for (int j = 0; j < cells; ++j) {
-                     o.rect(10.0f * i + gap, 10.0f * j + gap, 10.0f * (i + 1) - gap,
-                            10.0f * (j + 1) - gap, rng() % 2);
-                 }
-             }
-             return o;
-         }},
         // Long bands 20 wide, 0.01 to 0.04 radians apart (so their edges cross over hundreds of
         // units), around nearly horizontal, nearly vertical or diagonal directions.
         {"nearly parallel bands", 12,

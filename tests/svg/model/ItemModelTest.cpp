@@ -1,7 +1,6 @@
 #include "svg/tqSvg.h"
 
 #include <array>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,10 +15,6 @@ using tq::test::CanonicalText;
 using Wm4::Vector2f;
 
 namespace {
-
-std::array<float, 4> corners(const BoundingBox& b) {
-    return {b.min.X(), b.min.Y(), b.max.X(), b.max.Y()};
-}
 
 BoundingBox box(float x0, float y0, float x1, float y1) {
     return BoundingBox(Vector2f(x0, y0), Vector2f(x1, y1));
@@ -69,34 +64,6 @@ TEST(ItemTree, CopyDropsNullAndNestedDocumentChildren) {
                             std::make_shared<Rect>(Vector2f(1, 2)), inner};
     EXPECT_EQ(CanonicalText(Node(group)), "g\n  rect 1,2 1,1 r=0,0\n  g\n");
     EXPECT_EQ(group.getChildren().size(), 4u);  // the source keeps what it had
-}
-
-TEST(BoundingBox, ValidityAndExpansion) {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_FALSE(BoundingBox().isValid());
-    EXPECT_TRUE(box(2, 3, 2, 3).isValid());
-    EXPECT_FALSE(box(0, 0, -1, 5).isValid());
-    EXPECT_FALSE(box(0, 0, 5, -1).isValid());
-    EXPECT_FALSE(box(0, nan, 1, 1).isValid());
-
-    BoundingBox b;
-    b.expandToContain(Vector2f(2, 3));
-    EXPECT_EQ(corners(b), (std::array<float, 4>{2, 3, 2, 3}));
-    b.expandToContain(Vector2f(-1, 5));
-    b.expandToContain(Vector2f(0, 4));
-    EXPECT_EQ(corners(b), (std::array<float, 4>{-1, 3, 2, 5}));
-    b.expandToContain(box(0, 2.5f, 5.5f, 4));
-    EXPECT_EQ(corners(b), (std::array<float, 4>{-1, 2.5f, 5.5f, 5}));
-
-    // An invalid box becomes a copy of the other one, whatever that is.
-    BoundingBox fromEmpty;
-    fromEmpty.expandToContain(box(4, 4, 2, 2));
-    EXPECT_EQ(corners(fromEmpty), (std::array<float, 4>{4, 4, 2, 2}));
-
-    b = box(0, 0, 2, 2);
-    b.translate(Vector2f(3, -1));
-    b.addMargin(Vector2f(1, 2));
-    EXPECT_EQ(corners(b), (std::array<float, 4>{2, -3, 6, 3}));
 }
 
 TEST(RenderingProperties, CascadeFillsOnlyAbsentFieldsAndNeverVectorEffect) {

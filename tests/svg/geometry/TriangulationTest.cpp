@@ -323,45 +323,6 @@ TEST(TriangulationContract, InvalidInputFailsCleanly) {
     }
 }
 
-TEST(TriangulationContract, AppendsToExistingOutputAndIsDeterministic) {
-    const Outline o = star(7, 3, 50);
-    const Triangulation fresh = triangulate(o, kNonZero);
-    ASSERT_TRUE(fresh.ok);
-    ASSERT_FALSE(fresh.indices.empty());
-
-    Triangulation t;
-    t.points = {{-1, -1}, {-2, -2}, {-3, -3}};
-    t.indices = {2, 1, 0, 0};
-    const Triangulation before = t;
-    t.ok = TriangulatePoly(o.points, o.indices, t.points, t.indices, TriangulationFillRule::NonZero,
-                           true);
-    ASSERT_TRUE(t.ok);
-    Triangulation expected = before;
-    expected.points.insert(expected.points.end(), fresh.points.begin(), fresh.points.end());
-    for (unsigned int i : fresh.indices) {
-        expected.indices.push_back(i + static_cast<unsigned int>(before.points.size()));
-    }
-    EXPECT_EQ(t.points, expected.points);
-    EXPECT_EQ(t.indices, expected.indices);
-}
-
-TEST(TriangulationContract, OutlinesWithoutAreaEmitNothing) {
-    for (const Outline& o :
-         {Outline("no segments"), Outline("there and back").contour({{0, 0}, {5, 3}}),
-          Outline("single segment").run({{0, 0}, {5, 3}}),
-          Outline("contour and its reverse")
-              .contour({{0, 0}, {10, 2}, {4, 9}})
-              .contour({{4, 9}, {10, 2}, {0, 0}})}) {
-        for (int rule : {kNonZero, kEvenOdd}) {
-            for (bool skip : {true, false}) {
-                const Triangulation t = triangulate(o, rule, skip);
-                EXPECT_TRUE(t.ok) << o.describe();
-                EXPECT_TRUE(t.points.empty() && t.indices.empty()) << o.describe();
-            }
-        }
-    }
-}
-
 // Path data often leaves a subpath open ("M0 0 H10 V10 H0 M...") and contour clean-up can move a
 // subpath's last point off its first; fills treat such runs as closed by a line back to their
 // start. A closed outline given in any segment order is not touched.

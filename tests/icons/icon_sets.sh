@@ -7,7 +7,7 @@
 #      rsvg-convert at 64 and 256 px, compared by the intersection over union of their alpha masks at half coverage.
 # A report with the distribution and the worst files goes to OUTDIR/report.md. The test fails on
 # a crash, and when the share of good files (IoU >= 0.95 among the files that load) at a size
-# drops below its line in baseline.tsv, keyed by reading mode and size.
+# drops below its line in baseline.tsv, keyed by reading profile and size.
 #
 # usage: icon_sets.sh TQSVG MASK_IOU [OUTDIR]
 # With TQSVG_ICONS_NO_COMPARE=1 (sanitizer builds) only the checks and our renders run.
@@ -20,7 +20,7 @@ cache=${TQSVG_ICON_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/tqsvg-icons}
 pins=("@mdi/svg@7.4.47" "simple-icons@16.37.0")
 sets=("$cache/node_modules/@mdi/svg/svg" "$cache/node_modules/simple-icons/icons")
 jobs=$(nproc 2>/dev/null || echo 2)
-mode=default  # the reading mode: check and render with --ignore-unsupported
+profile=default  # the reading profile: check and render with --ignore-unsupported
 baseline=$(dirname "$(realpath "$0")")/baseline.tsv
 
 if [ ! -d "${sets[0]}" ] || [ ! -d "${sets[1]}" ]; then
@@ -208,8 +208,8 @@ cat "$out/report.md"
 for size in 64 256; do
     good=$(awk -F'\t' -v s="$size" '$1 == s && $2 != "na" && $2 >= 0.95' "$work/iou" | wc -l)
     share=$(awk -v g="$good" -v n="$loadedIgnoring" 'BEGIN { printf "%.4f", n ? g / n : 0 }')
-    floor=$(awk -F'\t' -v m="$mode" -v s="$size" '$1 == m && $2 == s { print $3 }' "$baseline")
-    echo "good files at $size px ($mode): $good of $loadedIgnoring loaded, share $share," \
+    floor=$(awk -F'\t' -v m="$profile" -v s="$size" '$1 == m && $2 == s { print $3 }' "$baseline")
+    echo "good files at $size px ($profile): $good of $loadedIgnoring loaded, share $share," \
         "baseline ${floor:-missing}"
     if [ -z "$floor" ] || awk -v a="$share" -v b="$floor" 'BEGIN { exit !(a < b) }'; then
         echo "FAIL: the share of good files at $size px is below the baseline in $baseline"

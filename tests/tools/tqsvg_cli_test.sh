@@ -180,6 +180,8 @@ if [ "$(id -u)" -ne 0 ]; then
     contains "$work/err" "$work/locked/inner: the directory could not be read" "unreadable directory"
     contains "$work/out" "1 loaded, 1 failed" "an unreadable directory counts as failed"
     chmod 755 "$work/locked/inner"
+else
+    echo "note: the unreadable-directory check needs a user other than root: not run"
 fi
 
 # mesh: JSON on standard output or in a file, statistics instead with --stats.

@@ -288,44 +288,9 @@ std::vector<Outline> loadOutlines(const std::string& file) {
 
 }  // namespace
 
-TEST(TriangulationContract, InvalidInputFailsCleanly) {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    const float inf = std::numeric_limits<float>::infinity();
-    struct Case {
-        const char* what;
-        std::vector<Vector2f> points;
-        std::vector<unsigned int> indices;
-    };
-    const std::vector<Vector2f> square{{0, 0}, {10, 0}, {10, 10}, {0, 10}};
-    const std::vector<unsigned int> closed{0, 1, 1, 2, 2, 3, 3, 0};
-    const std::vector<Case> cases{
-        {"one index", square, {0}},
-        {"five indices", square, {0, 1, 1, 2, 2}},
-        {"seven indices", square, {0, 1, 1, 2, 2, 3, 3}},
-        {"index one past the end", square, {0, 1, 1, 2, 2, 4, 4, 0}},
-        {"largest index", square, {0, 1, 1, 2, 2, 3, 3, 0xffffffffu}},
-        {"NaN x", {{0, 0}, {10, 0}, {nan, 10}, {0, 10}}, closed},
-        {"NaN y", {{0, 0}, {10, 0}, {10, 10}, {0, nan}}, closed},
-        {"+inf", {{0, 0}, {inf, 0}, {10, 10}, {0, 10}}, closed},
-        {"-inf", {{0, 0}, {10, 0}, {10, 10}, {0, -inf}}, closed},
-    };
-    for (const Case& c : cases) {
-        for (int rule : {kNonZero, kEvenOdd}) {
-            // What the output held before stays in front.
-            std::vector<Vector2f> points{{1, 2}, {3, 4}};
-            std::vector<unsigned int> indices{0, 1, 1};
-            EXPECT_FALSE(TriangulatePoly(c.points, c.indices, points, indices,
-                                         static_cast<TriangulationFillRule>(rule), true))
-                << c.what;
-            EXPECT_TRUE(points.size() >= 2 && points[1] == Vector2f(3, 4)) << c.what;
-            EXPECT_TRUE(indices.size() >= 3 && indices[2] == 1) << c.what;
-        }
-    }
-}
+// Refusals of invalid input, the output's trapezoid layout and appending to what the output
+// arrays held are checked by the fuzz target's replay of its seeds (fuzz_triangulate.cpp).
 
-// Path data often leaves a subpath open ("M0 0 H10 V10 H0 M...") and contour clean-up can move a
-// subpath's last point off its first; fills treat such runs as closed by a line back to their
-// start. A closed outline given in any segment order is not touched.
 TEST(TriangulationContract, OpenRunsAreFilledAsIfClosed) {
     struct Case {
         Outline outline;

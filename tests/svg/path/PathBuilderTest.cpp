@@ -182,27 +182,20 @@ TEST(PathBuilder, ContoursAreClosedAndOptionallyChainedByNearestEnd) {
 
 TEST(PathBuilder, ContourLifecycle) {
     runCases({
-        {"start while open ends the open contour",
+        {"start while open ends the open contour; cancel writes nothing",
          [](PathBuilder& b) {
              b.startContour(false);
              b.appendLine(V(0, 0), V(1, 0));
-             b.startContour(false);
-             b.appendLine(V(0, 0), V(0, 1));  // pending: never written
-         },
-         "M0,0 H1 Z"},
-        {"cancel writes nothing; the next contour starts afresh",
-         [](PathBuilder& b) {
              b.startContour(true);
              b.appendRect(V(0, 0), V(5, 5));
              b.cancelContour();
-             b.startContour(false);
-             b.endContour();  // nothing gathered: not even a close path
              b.endContour();  // none open
-             b.appendLine(V(0, 0), V(1, 0));
+             b.appendLine(V(0, 0), V(0, 1));
          },
-         "M0,0 H1"},
-        {"clear drops pending shapes and leaves contour mode",
+         "M0,0 H1 Z V1"},
+        {"clear drops everything and leaves contour mode",
          [](PathBuilder& b) {
+             b.appendLine(V(5, 5), V(6, 6));
              b.startContour(false);
              b.appendLine(V(0, 0), V(1, 0));
              b.clearBuilder();

@@ -144,28 +144,6 @@ TEST(FromFloatCompact, Examples) {
     }
 }
 
-TEST(FromFloatFixedAndScientific, MatchPrintfWithoutTheLocale) {
-    EXPECT_EQ(tqStringUtils::fromFloat(1.5f, 2, Format::Fixed), "1.50");
-    EXPECT_EQ(tqStringUtils::fromFloat(1234.5f, 1, Format::Scientific), "1.2e+03");
-}
-
-TEST(Replace, EveryOccurrenceLeftToRightWithoutRescanning) {
-    const std::array<const char*, 4> cases[] = {
-        {"a,b,,c", ",", " ", "a b  c"},
-        {"aaa", "a", "aa", "aaaaaa"},
-        {"abc", "", "x", "abc"},
-        {"aaaa", "aa", "b", "bb"},
-    };
-    for (const auto& [text, from, to, expected] : cases) {
-        std::string replaced = text;
-        tqStringUtils::replace(replaced, from, to);
-        EXPECT_EQ(replaced, expected) << text;
-    }
-    using V = std::vector<std::string>;
-    EXPECT_EQ(tqStringUtils::Split(" a  b", ' ', false), (V{"", "a", "", "b"}));
-    EXPECT_EQ(tqStringUtils::Split(" a  b", ' ', true), (V{"a", "b"}));
-}
-
 TEST(IsUtf8String, AcceptsOnlyStrictUtf8) {
     const std::pair<std::string, bool> cases[] = {
         {"", true},

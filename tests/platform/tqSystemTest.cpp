@@ -103,12 +103,3 @@ TEST(FileDevice, WriteTruncatesAndReadGetsTheBytesBack) {
     in.close();
     EXPECT_FALSE(in.isOpen());
 }
-
-TEST(FileDevice, CannotOpenMissingFilesDirectoriesOrMissingFolders) {
-    TempDir dir;
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("missing.svg"), DataWay::Read, true).isOpen());
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.path, DataWay::Read, true).isOpen());
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.path, DataWay::Write, true).isOpen());
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("no/such/dir.svg"), DataWay::Write, true).isOpen());
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("x"), DataWay::None, true).isOpen());
-}

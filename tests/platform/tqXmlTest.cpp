@@ -60,33 +60,6 @@ bool parse(const std::string& xml, Recorder& recorder) {
 
 }  // namespace
 
-TEST(ParseXmlStream, DeliversNamesAndAttributesAsWrittenInDocumentOrder) {
-    Recorder r;
-    ASSERT_TRUE(parse(R"(<?xml version="1.0"?>
-<svg width="1" xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink">
-  <xlink:thing xlink:href="#a" xml:space="preserve"/>
-</svg>)",
-                      r));
-    EXPECT_EQ(r.trace,
-              "start-document\n"
-              "<svg [|width=1] [|xmlns=http://www.w3.org/2000/svg] "
-              "[xmlns|xlink=http://www.w3.org/1999/xlink]\n"
-              "<xlink:thing [xlink|href=#a] [xml|space=preserve]\n"
-              "</xlink:thing\n"
-              "</svg\n"
-              "end-document\n");
-    EXPECT_TRUE(r.messages.empty());
-}
-
-TEST(ParseXmlStream, DecodesReferencesAndCdataIntoCharacters) {
-    Recorder r;
-    ASSERT_TRUE(parse(R"(<!DOCTYPE svg [<!ENTITY who "world">]>
-<t a="&lt;&#65;&who;">x &amp; &who; <![CDATA[<raw>]]></t>)",
-                      r));
-    EXPECT_NE(r.trace.find("[|a=<Aworld]"), std::string::npos) << r.trace;
-    EXPECT_EQ(r.text_, "x & world <raw>");
-}
-
 TEST(ParseXmlStream, MalformedXmlReportsTheParsersTextAsFatal) {
     const char* documents[] = {"<a><b></a>",     "", "<a>", "<a x='1' x='2'/>", "\x01garbage",
                                "<a>\xff\xfe</a>"};

@@ -75,24 +75,6 @@ TEST(VisitorBase, ComposesParentTimesChildSoTheChildActsFirst) {
     EXPECT_EQ(seen[3].origin, Vector2f(10, 100));
 }
 
-TEST(VisitorBase, PrunedSubtreeLeavesSiblingsWithTheParentsContext) {
-    Node root;
-    root.editProperties().stroke = "blue";
-    auto pruned = named<Node>("pruned");
-    pruned->editTransform() = translation(5, 5);
-    pruned->editProperties().stroke = "green";
-    pruned->editChildren().push_back(named<Rect>("hidden"));
-    root.editChildren() = {pruned, nullptr, named<Circle>("sibling")};  // null is tolerated
-
-    const auto seen = walk(root, {"pruned"});
-    ASSERT_EQ(seen.size(), 3u);
-    EXPECT_EQ(seen[1].id, "pruned");
-    EXPECT_EQ(seen[1].stroke, "green");
-    EXPECT_EQ(seen[2].id, "sibling");
-    EXPECT_EQ(seen[2].origin, Vector2f(0, 0));
-    EXPECT_EQ(seen[2].stroke, "blue");
-}
-
 TEST(VisitorBase, VisitsInDocumentOrderAndSurvivesDeepTrees) {
     // 100k nested groups would overflow a recursive walk.
     auto root = std::make_shared<Node>();

@@ -183,21 +183,10 @@ inline std::string CanonicalText(const svg::ItemInterface& root) {
     return CanonicalText(&root);
 }
 
-// Empty when the trees are equal, else their first differing lines.
+// Empty when the trees are equal, else both texts.
 inline std::string TreeDifference(const svg::ItemInterface& a, const svg::ItemInterface& b) {
-    std::istringstream x(CanonicalText(a)), y(CanonicalText(b));
-    std::string lineA, lineB;
-    for (int line = 1;; ++line) {
-        const bool moreA = static_cast<bool>(std::getline(x, lineA));
-        const bool moreB = static_cast<bool>(std::getline(y, lineB));
-        if (!moreA && !moreB) {
-            return "";
-        }
-        if (!moreA || !moreB || lineA != lineB) {
-            return "line " + std::to_string(line) + ": " + (moreA ? lineA : "(end)") +
-                   " != " + (moreB ? lineB : "(end)");
-        }
-    }
+    const std::string x = CanonicalText(a), y = CanonicalText(b);
+    return x == y ? std::string() : x + "--- differs from ---\n" + y;
 }
 
 }  // namespace tq::test

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "CaseFile.h"
 #include "TreeEquality.h"
 
 using namespace tq::svg;
@@ -56,29 +57,12 @@ std::string piecesOf(const std::list<Path::Command>& commands) {
 }  // namespace
 
 TEST(PathPrimitives, CommandsBecomeAbsolutePiecesWithRunFlags) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"M1 1 Z", "L1,1>1,1+"},
-        {"M0 0 L1 0 M5 5 L6 5", "L0,0>1,0+ L5,5>6,5+"},
-        // After a close path the pen is back at the subpath start and a new run begins.
-        {"M0 0 L1 0 Z L2 2", "L0,0>1,0+ L1,0>0,0 L0,0>2,2+"},
-        {"m1 2 l3 4 h1 v-2 H0 V0", "L1,2>4,6+ L4,6>5,6 L5,6>5,4 L5,4>0,4 L0,4>0,0"},
-        // Relative moves after a close path start from the subpath start.
-        {"m1 1 l1 0 z m2 2 l1 0", "L1,1>2,1+ L2,1>1,1 L3,3>4,3+"},
-        {"M0 0 a1 1 0 0 1 2 0 c0 1 1 1 1 0", "A0,0>2,0+ C2,0 2,1 3,1>3,0"},
-        {"M0 0 M3 3", ""},
-        // A smooth cubic after an absolute cubic: SVG's reflection of (2, 5) about (3, 0).
-        {"M0 0 C1 1 2 5 3 0 S5 1 6 0", "C0,0 1,1 2,5>3,0+ C3,0 4,-5 5,1>6,0"},
-        // After a relative cubic the raw numbers (2, 2) and (3, 0) are reflected as if absolute,
-        // then the current point (13, 10) is added for the relative kind: not SVG's (14, 8).
-        {"M10 10 c1 1 2 2 3 0 s1 1 2 0", "C10,10 11,11 12,12>13,10+ C13,10 17,8 14,11>15,10"},
-        // No cubic before: the current point, with nothing added for the relative kind.
-        {"M7 8 s1 1 2 0", "C7,8 7,8 8,9>9,8+"},
-        {"M7 8 L9 9 S1 1 2 0", "L7,8>9,9+ C9,9 9,9 1,1>2,0"},
-        // A chain of smooth cubics reflects the previous smooth record.
-        {"M0 0 S1 1 2 0 S3 -1 4 0", "C0,0 0,0 1,1>2,0+ C2,0 3,-1 3,-1>4,0"},
-    };
-    for (const auto& [d, pieces] : cases) {
-        EXPECT_EQ(piecesOf(commandsOf(d)), pieces) << d;
+    // tests/data/path/primitives.tsv
+    const auto rows = tq::test::ReadTable("path/primitives.tsv");
+    ASSERT_GE(rows.size(), 10u);
+    for (const auto& row : rows) {
+        ASSERT_EQ(row.size(), 2u) << row[0];
+        EXPECT_EQ(piecesOf(commandsOf(row[0])), row[1]) << row[0];
     }
     // Hand-built commands with too few numbers, or of no kind, are skipped.
     const std::list<Path::Command> built = {

@@ -33,16 +33,9 @@ contains() {  # contains FILE TEXT DESCRIPTION
 }
 # Width and height from a PNG's IHDR chunk, after checking the 8-byte signature.
 png_size() {  # png_size FILE
-    local bytes
-    bytes=$(od -An -tu1 -N24 "$1" | tr -s ' \n' ' ')
-    # shellcheck disable=SC2086
-    set -- $bytes
-    bytes="$*"
-    if [ $# -lt 24 ] || [ "${bytes#137 80 78 71 13 10 26 10 }" = "$bytes" ]; then
-        echo "not-a-png"; return
-    fi
-    shift 16
-    echo "$((($1 << 24) | ($2 << 16) | ($3 << 8) | $4))x$((($5 << 24) | ($6 << 16) | ($7 << 8) | $8))"
+    python3 -c 'import struct, sys
+d = open(sys.argv[1], "rb").read(24)
+print("%dx%d" % struct.unpack(">II", d[16:24]) if d[:8] == b"\x89PNG\r\n\x1a\n" else "not-a-png")' "$1"
 }
 is_png_of_size() {  # is_png_of_size FILE WxH DESCRIPTION
     local got

@@ -206,24 +206,6 @@ TEST(SegmentPath, HugeCoordinatesThatStayFiniteAreFilled) {
     EXPECT_FALSE(big->triangleIndices.empty());
 }
 
-TEST(SegmentPath, MillionSegmentPathIsFilled) {
-    std::string d = "M0 0";
-    const int n = 1000000;
-    d.reserve(n * 24);
-    for (int i = 1; i < n; ++i) {
-        const double angle = 2 * M_PI * i / n;
-        d += " L" + std::to_string(1000 * std::cos(angle)) + " " +
-             std::to_string(1000 * std::sin(angle));
-    }
-    d += " Z";
-    bool error = true;
-    const auto p = SegmentPath(*pathOf(d), 32, -0.999f, nullptr, nullptr, nullptr, &error);
-    EXPECT_FALSE(error);
-    // The clean-up merges the nearly collinear tiny segments, so the fill is a coarser polygon
-    // than the outline: within a few parts in a thousand of the circle.
-    EXPECT_NEAR(trianglesArea(*p), M_PI * 1e6, M_PI * 1e6 * 5e-3);
-}
-
 TEST(SegmenterVisitor, FailureStopsSegmentationAndForcesTheOutline) {
     Document document;
     auto first = std::make_shared<Rect>(Vector2f(0, 0), Vector2f(1, 1));

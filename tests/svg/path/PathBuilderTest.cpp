@@ -132,22 +132,6 @@ TEST(PathBuilder, ContoursAreClosedAndOptionallyChainedByNearestEnd) {
         {"in order: joined by a line", twoLines(false), "M0,0 H1 L5,5 L1,0 Z"},
         {"tie, horizontal listed first", tie(true), "M0,0 H10 H20 H30 L10,10 V30 Z"},
         {"tie, vertical listed first", tie(false), "M0,0 H10 V10 V30 L20,0 H30 Z"},
-        {"both ends equally near: direction kept",
-         [](PathBuilder& b) {
-             b.startContour(true);
-             b.appendLine(V(0, 0), V(10, 0));
-             b.appendLine(V(10, 5), V(10, -5));
-             b.endContour();
-         },
-         "M0,0 H10 V5 V-5 Z"},
-        {"polyline walked backwards",
-         [](PathBuilder& b) {
-             b.startContour(true);
-             b.appendLine(V(0, 0), V(10, 0));
-             b.appendSegmentListConst({{0, 5}, {5, 5}, {10, 5}});
-             b.endContour();
-         },
-         "M0,0 H10 V5 H5 H0 Z"},
         {"arc walked backwards sweeps the other way",
          [](PathBuilder& b) {
              b.startContour(true);

@@ -17,7 +17,10 @@ root=$PWD
 if [ "${1:-}" = --compare ]; then
     [ $# -eq 3 ] || { echo "usage: $0 --compare BEFORE.tsv AFTER.tsv" >&2; exit 2; }
     lost=$(awk -F'\t' 'NR == FNR { if ($2 == "caught") before[$1] = 1; next }
-                       ($1 in before) && $2 != "caught" { print $1 " (" $2 ")" }' "$2" "$3")
+                       { seen[$1] = 1 }
+                       ($1 in before) && $2 != "caught" { print $1 " (" $2 ")" }
+                       END { for (id in before) if (!(id in seen)) print id " (not run)" }' \
+        "$2" "$3")
     if [ -n "$lost" ]; then
         echo "caught before, not after:"; echo "$lost"; exit 1
     fi

@@ -7,7 +7,7 @@ packages=(
     cmake ninja-build g++ pkg-config
     libxml2-dev libutfcpp-dev libcli11-dev libcairo2-dev
     libgtest-dev libgmock-dev libbenchmark-dev libglu1-mesa-dev librsvg2-bin
-    clang-format locales
+    clang-format locales python3
 )
 
 missing=()

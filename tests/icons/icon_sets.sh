@@ -5,7 +5,9 @@
 #      loaded, refused (by cause) and warnings;
 #   2. every file that loads with --ignore-unsupported, rendered by `tqsvg render` and by
 #      rsvg-convert at 64 and 256 px, compared by the intersection over union of their alpha masks at half coverage.
-# A report with the distribution and the worst files goes to OUTDIR/report.md.
+# A report with the distribution and the worst files goes to OUTDIR/report.md. The test fails on
+# a crash, and when the share of good files (IoU >= 0.95 among the files that load) at a size
+# drops below its line in baseline.tsv, keyed by reading profile and size.
 #
 # usage: icon_sets.sh TQSVG MASK_IOU [OUTDIR]
 # With TQSVG_ICONS_NO_COMPARE=1 (sanitizer builds) only the checks and our renders run.
@@ -18,10 +20,12 @@ cache=${TQSVG_ICON_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/tqsvg-icons}
 pins=("@mdi/svg@7.4.47" "simple-icons@16.37.0")
 sets=("$cache/node_modules/@mdi/svg/svg" "$cache/node_modules/simple-icons/icons")
 jobs=$(nproc 2>/dev/null || echo 2)
+profile=default  # the reading profile: check and render with --ignore-unsupported
+baseline=$(dirname "$(realpath "$0")")/baseline.tsv
 
 if [ ! -d "${sets[0]}" ] || [ ! -d "${sets[1]}" ]; then
     if ! command -v npm >/dev/null || ! timeout 30 npm view "${pins[0]}" version >/dev/null 2>&1; then
-        echo "npm or its registry cannot be reached and the icons are not cached: skipped"
+        echo "SKIPPED: npm or its registry cannot be reached and the icons are not cached"
         exit 77
     fi
     mkdir -p "$cache"
@@ -199,5 +203,18 @@ awk -F'\t' 'NR == FNR {skip[$1] = 1; next} $2 < 0.95 && !($3 in skip)' "$work/sk
     echo "Crashes: check $checkCrashes, render $renderCrashes."
 } >"$out/report.md"
 cat "$out/report.md"
+
+# ---- the baseline ----------------------------------------------------------------------------
+for size in 64 256; do
+    good=$(awk -F'\t' -v s="$size" '$1 == s && $2 != "na" && $2 >= 0.95' "$work/iou" | wc -l)
+    share=$(awk -v g="$good" -v n="$loadedIgnoring" 'BEGIN { printf "%.4f", n ? g / n : 0 }')
+    floor=$(awk -F'\t' -v m="$profile" -v s="$size" '$1 == m && $2 == s { print $3 }' "$baseline")
+    echo "good files at $size px ($profile): $good of $loadedIgnoring loaded, share $share," \
+        "baseline ${floor:-missing}"
+    if [ -z "$floor" ] || awk -v a="$share" -v b="$floor" 'BEGIN { exit !(a < b) }'; then
+        echo "FAIL: the share of good files at $size px is below the baseline in $baseline"
+        failures=$((failures + 1))
+    fi
+done
 echo "report: $out/report.md; worst pictures: $out/worst/"
 exit $((failures != 0))

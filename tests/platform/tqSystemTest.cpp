@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "CapturingLog.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,12 +14,6 @@
 #include <vector>
 
 namespace {
-
-class CapturingLog : public tqLog {
-public:
-    void write(const tqLogObject& object) override { lines.push_back(object); }
-    std::vector<tqLogObject> lines;
-};
 
 // A fresh folder under the test's temporary directory, removed with its files afterwards.
 class TempDir {
@@ -52,39 +48,16 @@ TEST(LogRouting, NoInstanceWritesOneLineToStandardError) {
 }
 
 TEST(LogRouting, EnabledInstanceReceivesTheObjectDisabledOneNothing) {
-    CapturingLog log;
-    tqLog::setInstance(&log);
     testing::internal::CaptureStderr();
-    tqLog::Log(tqLogObject(tqLogType::Warning, "driver", "one"));
-    log.setEnabled(false);
-    tqLog::Log(tqLogObject(tqLogType::Error, "driver", "two"));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");  // a disabled log does not fall back
-    tqLog::setInstance(nullptr);
-
-    ASSERT_EQ(log.lines.size(), 1u);
-    EXPECT_EQ(log.lines[0].type, tqLogType::Warning);
-    EXPECT_EQ(log.lines[0].category, "driver");
-    EXPECT_EQ(log.lines[0].text, "one");
-}
-
-TEST(LogRouting, DestroyedInstanceIsUninstalled) {
     {
-        CapturingLog log;
-        tqLog::setInstance(&log);
+        tq::test::CapturingLog log;
+        tqLog::Log(tqLogObject(tqLogType::Warning, "driver", "one"));
+        log.setEnabled(false);
+        tqLog::Log(tqLogObject(tqLogType::Error, "driver", "two"));
+        EXPECT_EQ(log.lines, std::vector<std::string>{"3 driver: one"});
     }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");  // a disabled log does not fall back
     EXPECT_EQ(tqLog::getInstance(), nullptr);
-}
-
-TEST(LibInitCounter, OnlyTheOutermostPairReportsWork) {
-    tq::impl::LibInitCounter counter("test", true);
-    EXPECT_FALSE(counter.decrementInitCounter());  // nothing to undo
-    EXPECT_TRUE(counter.incrementInitCounter());
-    EXPECT_FALSE(counter.incrementInitCounter());
-    EXPECT_FALSE(counter.decrementInitCounter());
-    EXPECT_TRUE(counter.decrementInitCounter());
-    EXPECT_FALSE(counter.decrementInitCounter());
-    EXPECT_EQ(counter.getCount(), 0);
-    EXPECT_TRUE(counter.incrementInitCounter());  // a new first initialisation
 }
 
 TEST(ExtractFileExtension, LastComponentOnly) {
@@ -129,40 +102,4 @@ TEST(FileDevice, WriteTruncatesAndReadGetsTheBytesBack) {
     EXPECT_EQ(readAll(in, 2), payload);
     in.close();
     EXPECT_FALSE(in.isOpen());
-}
-
-TEST(FileDevice, CannotOpenMissingFilesDirectoriesOrMissingFolders) {
-    TempDir dir;
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("missing.svg"), DataWay::Read, true).isOpen());
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.path, DataWay::Read, true).isOpen());
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.path, DataWay::Write, true).isOpen());
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("no/such/dir.svg"), DataWay::Write, true).isOpen());
-    EXPECT_FALSE(tqIoDeviceFileStream(dir.file("x"), DataWay::None, true).isOpen());
-}
-
-TEST(MemoryDevice, ReadsFromTheStartAndWritesAppend) {
-    tqIoDeviceMemory in(std::string("hello world"));
-    EXPECT_TRUE(in.isOpen());
-    EXPECT_EQ(readAll(in, 4), "hello world");
-    char c;
-    EXPECT_EQ(in.read(&c, 1), 0);
-
-    tqIoDeviceMemory out;
-    EXPECT_EQ(out.write("ab", 2), 2);
-    EXPECT_EQ(out.write("", 0), 0);
-    EXPECT_EQ(out.write("cd", 2), 2);
-    EXPECT_EQ(out.write("x", -1), -1);
-    EXPECT_EQ(out.getContent(), "abcd");
-}
-
-TEST(SystemUtils, DateIsIso) {
-    const std::string date = tqSystemUtils::GetCurrentDateTimeISO(false);
-    const std::string stamp = tqSystemUtils::GetCurrentDateTimeISO(true);
-    ASSERT_EQ(date.size(), 10u);
-    EXPECT_EQ(date[4], '-');
-    EXPECT_EQ(date[7], '-');
-    ASSERT_EQ(stamp.size(), 19u);
-    EXPECT_EQ(stamp[10], 'T');
-    EXPECT_EQ(stamp[13], ':');
-    EXPECT_EQ(GetSoftwareVersionForStream().toString(), "tqSvg 3.0.0.1297");
 }

@@ -1,8 +1,16 @@
-// Deep equality of item trees for the tests, with a description of the first difference.
+// Item trees as canonical text, one line per item indented by depth: two trees are equal exactly
+// when their texts are, and a failed comparison shows a readable diff. Every float is written as
+// the shortest text that reads back to the same bits (as exact as hex, and readable in a table);
+// every NaN is written "nan". Optional fields appear only when present.
+//
+//   svg viewBox=0,0,10,10 style="a{}"
+//     g id="a" transform=1,0,5,0,1,7,0,0,1 fill="red"
+//       rect 1,2 3,4 r=0,0
+//     path M0,0 L1,1 Z
 #pragma once
 
+#include <charconv>
 #include <cmath>
-#include <cstring>
 #include <sstream>
 #include <string>
 
@@ -10,242 +18,175 @@
 
 namespace tq::test {
 
-// Floats compare equal when equal in value or both NaN (a NaN written and read back is a NaN).
-inline bool SameFloat(float a, float b) {
-    return a == b || (std::isnan(a) && std::isnan(b));
+inline std::string Number(float value) {
+    if (std::isnan(value)) {
+        return "nan";
+    }
+    char buffer[32];
+    return std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
 }
 
-class TreeComparer {
-public:
-    // Empty when the trees are equal, else where they first differ.
-    std::string compare(const svg::ItemInterface& a, const svg::ItemInterface& b) {
-        mDifference.clear();
-        item(a, b, "root");
-        return mDifference;
-    }
-
-private:
-    bool fail(const std::string& where, const std::string& what) {
-        if (mDifference.empty()) {
-            mDifference = where + ": " + what;
+// "M0,0 L1,1 Z": the letter and the numbers of each command.
+inline std::string CommandsText(const std::list<svg::Path::Command>& commands) {
+    std::string out;
+    for (const auto& command : commands) {
+        const auto kind = static_cast<std::size_t>(command.type);
+        out += (out.empty() ? "" : " ") +
+               std::string(1, kind < 15 ? svg::Path::CommandLetters[kind] : '?');
+        for (std::size_t i = 0; i < command.values.size(); ++i) {
+            out += (i ? "," : "") + Number(command.values[i]);
         }
-        return false;
     }
+    return out;
+}
 
-    bool floats(const std::string& where, float a, float b) {
-        if (SameFloat(a, b)) {
-            return true;
+namespace detail {
+
+inline std::string quoted(const std::string& text) {
+    std::string out = "\"";
+    for (char c : text) {
+        out += c == '\n'               ? std::string("\\n")
+               : c == '"' || c == '\\' ? std::string("\\") + c
+                                       : std::string(1, c);
+    }
+    return out + '"';
+}
+
+inline std::string pair(const Wm4::Vector2f& v) {
+    return Number(v.X()) + "," + Number(v.Y());
+}
+
+inline std::string unitValue(const svg::UnitValue& u) {
+    std::string suffix;
+    svg::UnitToString(u.unit, suffix, false);
+    return Number(u.value) + (u.unit == svg::Unit::Count ? "count" : suffix);
+}
+
+template <class T, class Write>
+void field(std::ostream& os, const char* name, const std::optional<T>& value, Write write) {
+    if (value) {
+        os << ' ' << name << '=' << write(*value);
+    }
+}
+
+inline void common(std::ostream& os, const svg::ItemInterface& item) {
+    const auto number = [](float v) { return Number(v); };
+    const auto text = [](const std::string& s) { return quoted(s); };
+    const auto integer = [](auto v) { return std::to_string(static_cast<int>(v)); };
+    field(os, "id", item.getId(), text);
+    field(os, "transform", item.getTransform(), [](const Wm4::Matrix3f& m) {
+        std::string out;
+        for (int i = 0; i < 9; ++i) {
+            out += (i ? "," : "") + Number(m(i / 3, i % 3));
         }
-        std::ostringstream text;
-        text.precision(9);
-        text << a << " != " << b;
-        return fail(where, text.str());
-    }
-
-    bool vec(const std::string& where, const Wm4::Vector2f& a, const Wm4::Vector2f& b) {
-        return floats(where + ".x", a.X(), b.X()) && floats(where + ".y", a.Y(), b.Y());
-    }
-
-    template <class T, class Same>
-    bool optional(const std::string& where, const std::optional<T>& a, const std::optional<T>& b,
-                  Same same) {
-        if (a.has_value() != b.has_value()) {
-            return fail(where, a ? "present != absent" : "absent != present");
+        return out;
+    });
+    const svg::RenderingProperties& p = item.getProperties();
+    field(os, "opacity", p.opacity, number);
+    field(os, "stroke-width", p.strokeWidth, number);
+    field(os, "stroke-opacity", p.strokeOpacity, number);
+    field(os, "stroke", p.stroke, text);
+    field(os, "linecap", p.strokeLinecap, integer);
+    field(os, "linejoin", p.strokeLinejoin, integer);
+    field(os, "dasharray", p.strokeDasharray, [](const std::vector<svg::UnitValue>& dashes) {
+        std::string out = "[";
+        for (const auto& dash : dashes) {
+            out += (out.size() > 1 ? "," : "") + unitValue(dash);
         }
-        return !a || same(*a, *b) || fail(where, "values differ");
+        return out + "]";
+    });
+    field(os, "class", p.className, text);
+    field(os, "fill", p.fill, text);
+    field(os, "fill-opacity", p.fillOpacity, number);
+    field(os, "vector-effect", p.vectorEffect, integer);
+}
+
+inline void item(std::ostream& os, const svg::ItemInterface* item, int depth) {
+    using svg::ItemType;
+    os << std::string(2 * static_cast<std::size_t>(depth), ' ');
+    if (item == nullptr) {
+        os << "(null)\n";
+        return;
     }
-
-    template <class T>
-    bool optional(const std::string& where, const std::optional<T>& a, const std::optional<T>& b) {
-        return optional(where, a, b, [](const T& x, const T& y) { return x == y; });
+    static const char* const kNames[] = {"svg",    "g",    "line", "rect",
+                                         "circle", "path", "text", "image"};
+    const auto type = static_cast<std::size_t>(item->getType());
+    os << (type < std::size(kNames) ? kNames[type] : "type" + std::to_string(type));
+    if (item->getType() == ItemType::Document) {
+        const auto& document = static_cast<const svg::Document&>(*item);
+        field(os, "viewBox", document.getViewbox(),
+              [](const svg::BoundingBox& b) { return pair(b.min) + "," + pair(b.max); });
+        field(os, "style", document.getStyle(), quoted);
     }
-
-    bool optionalFloat(const std::string& where, const std::optional<float>& a,
-                       const std::optional<float>& b) {
-        return optional(where, a, b, [](float x, float y) { return SameFloat(x, y); });
+    common(os, *item);
+    switch (item->getType()) {
+        case ItemType::Line: {
+            const auto& line = static_cast<const svg::Line&>(*item);
+            os << ' ' << pair(line.start) << ' ' << pair(line.end);
+            break;
+        }
+        case ItemType::Rect: {
+            const auto& rect = static_cast<const svg::Rect&>(*item);
+            os << ' ' << pair(rect.position) << ' ' << pair(rect.size)
+               << " r=" << pair(rect.radius);
+            break;
+        }
+        case ItemType::Circle: {
+            const auto& circle = static_cast<const svg::Circle&>(*item);
+            os << ' ' << pair(circle.center) << ' ' << Number(circle.radius);
+            break;
+        }
+        case ItemType::Path:
+            os << ' ' << CommandsText(static_cast<const svg::Path&>(*item).commands);
+            break;
+        case ItemType::Text: {
+            const auto& text = static_cast<const svg::Text&>(*item);
+            const auto flag = [](bool b) { return b ? "1" : "0"; };
+            os << ' ' << pair(text.position) << ' ' << quoted(text.text);
+            field(os, "font-family", text.fontFamily, quoted);
+            field(os, "font-size", text.fontSize, Number);
+            field(os, "textLength", text.textLength, unitValue);
+            field(os, "preserve", text.xmlSpacePreserve, flag);
+            field(os, "bold", text.bold, flag);
+            field(os, "italic", text.italic, flag);
+            field(os, "underline", text.underline, flag);
+            break;
+        }
+        case ItemType::Image: {
+            const auto& image = static_cast<const svg::Image&>(*item);
+            os << ' ' << pair(image.position) << ' ' << pair(image.size)
+               << " href=" << quoted(image.href);
+            field(os, "align", image.preserveAspectRatio,
+                  [](svg::AspectRatioAlign a) { return std::to_string(static_cast<int>(a)); });
+            break;
+        }
+        default:
+            break;
     }
-
-    bool properties(const std::string& where, const svg::RenderingProperties& a,
-                    const svg::RenderingProperties& b) {
-        const auto sameDashes = [](const std::vector<svg::UnitValue>& x,
-                                   const std::vector<svg::UnitValue>& y) {
-            if (x.size() != y.size()) {
-                return false;
-            }
-            for (std::size_t i = 0; i < x.size(); ++i) {
-                if (!SameFloat(x[i].value, y[i].value) || x[i].unit != y[i].unit) {
-                    return false;
-                }
-            }
-            return true;
-        };
-        return optionalFloat(where + ".opacity", a.opacity, b.opacity) &&
-               optionalFloat(where + ".strokeWidth", a.strokeWidth, b.strokeWidth) &&
-               optionalFloat(where + ".strokeOpacity", a.strokeOpacity, b.strokeOpacity) &&
-               optional(where + ".stroke", a.stroke, b.stroke) &&
-               optional(where + ".strokeLinecap", a.strokeLinecap, b.strokeLinecap) &&
-               optional(where + ".strokeLinejoin", a.strokeLinejoin, b.strokeLinejoin) &&
-               optional(where + ".strokeDasharray", a.strokeDasharray, b.strokeDasharray,
-                        sameDashes) &&
-               optional(where + ".className", a.className, b.className) &&
-               optional(where + ".fill", a.fill, b.fill) &&
-               optionalFloat(where + ".fillOpacity", a.fillOpacity, b.fillOpacity) &&
-               optional(where + ".vectorEffect", a.vectorEffect, b.vectorEffect);
+    os << '\n';
+    if (item->getType() == ItemType::Document || item->getType() == ItemType::Node) {
+        for (const auto& child : static_cast<const svg::Node&>(*item).getChildren()) {
+            detail::item(os, child.get(), depth + 1);
+        }
     }
+}
 
-    bool matrix(const std::string& where, const Wm4::Matrix3f& a, const Wm4::Matrix3f& b) {
-        for (int r = 0; r < 3; ++r) {
-            for (int c = 0; c < 3; ++c) {
-                if (!floats(where + "(" + std::to_string(r) + "," + std::to_string(c) + ")",
-                            a(r, c), b(r, c))) {
-                    return false;
-                }
-            }
-        }
-        return true;
-    }
+}  // namespace detail
 
-    bool commands(const std::string& where, const std::list<svg::Path::Command>& a,
-                  const std::list<svg::Path::Command>& b) {
-        if (a.size() != b.size()) {
-            return fail(where,
-                        std::to_string(a.size()) + " commands != " + std::to_string(b.size()));
-        }
-        auto ib = b.begin();
-        int index = 0;
-        for (const auto& ca : a) {
-            const auto& cb = *ib++;
-            const std::string at = where + "[" + std::to_string(index++) + "]";
-            if (ca.type != cb.type) {
-                return fail(at, "type " + std::to_string(int(ca.type)) +
-                                    " != " + std::to_string(int(cb.type)));
-            }
-            if (ca.values.size() != cb.values.size()) {
-                return fail(at, "number count differs");
-            }
-            for (std::size_t i = 0; i < ca.values.size(); ++i) {
-                if (!floats(at + "." + std::to_string(i), ca.values[i], cb.values[i])) {
-                    return false;
-                }
-            }
-        }
-        return true;
-    }
+inline std::string CanonicalText(const svg::ItemInterface* root) {
+    std::ostringstream os;
+    detail::item(os, root, 0);
+    return os.str();
+}
 
-    bool item(const svg::ItemInterface& a, const svg::ItemInterface& b, const std::string& where) {
-        using svg::ItemType;
-        if (a.getType() != b.getType()) {
-            return fail(where, "type " + std::to_string(int(a.getType())) +
-                                   " != " + std::to_string(int(b.getType())));
-        }
-        if (!optional(where + ".id", a.getId(), b.getId()) ||
-            !optional(where + ".transform", a.getTransform(), b.getTransform(),
-                      [&](const Wm4::Matrix3f& x, const Wm4::Matrix3f& y) {
-                          return matrix(where + ".transform", x, y);
-                      }) ||
-            !properties(where + ".properties", a.getProperties(), b.getProperties())) {
-            return false;
-        }
-        switch (a.getType()) {
-            case ItemType::Document: {
-                const auto& da = static_cast<const svg::Document&>(a);
-                const auto& db = static_cast<const svg::Document&>(b);
-                if (!optional(where + ".viewBox", da.getViewbox(), db.getViewbox(),
-                              [&](const svg::BoundingBox& x, const svg::BoundingBox& y) {
-                                  return vec(where + ".viewBox.min", x.min, y.min) &&
-                                         vec(where + ".viewBox.max", x.max, y.max);
-                              }) ||
-                    !optional(where + ".style", da.getStyle(), db.getStyle())) {
-                    return false;
-                }
-                return children(da, db, where);
-            }
-            case ItemType::Node:
-                return children(static_cast<const svg::Node&>(a), static_cast<const svg::Node&>(b),
-                                where);
-            case ItemType::Line: {
-                const auto& x = static_cast<const svg::Line&>(a);
-                const auto& y = static_cast<const svg::Line&>(b);
-                return vec(where + ".start", x.start, y.start) && vec(where + ".end", x.end, y.end);
-            }
-            case ItemType::Rect: {
-                const auto& x = static_cast<const svg::Rect&>(a);
-                const auto& y = static_cast<const svg::Rect&>(b);
-                return vec(where + ".position", x.position, y.position) &&
-                       vec(where + ".size", x.size, y.size) &&
-                       vec(where + ".radius", x.radius, y.radius);
-            }
-            case ItemType::Circle: {
-                const auto& x = static_cast<const svg::Circle&>(a);
-                const auto& y = static_cast<const svg::Circle&>(b);
-                return vec(where + ".center", x.center, y.center) &&
-                       floats(where + ".radius", x.radius, y.radius);
-            }
-            case ItemType::Path:
-                return commands(where + ".commands", static_cast<const svg::Path&>(a).commands,
-                                static_cast<const svg::Path&>(b).commands);
-            case ItemType::Text: {
-                const auto& x = static_cast<const svg::Text&>(a);
-                const auto& y = static_cast<const svg::Text&>(b);
-                return vec(where + ".position", x.position, y.position) &&
-                       (x.text == y.text ||
-                        fail(where + ".text", "'" + x.text + "' != '" + y.text + "'")) &&
-                       optional(where + ".fontFamily", x.fontFamily, y.fontFamily) &&
-                       optionalFloat(where + ".fontSize", x.fontSize, y.fontSize) &&
-                       optional(where + ".textLength", x.textLength, y.textLength,
-                                [](const svg::UnitValue& u, const svg::UnitValue& v) {
-                                    return SameFloat(u.value, v.value) && u.unit == v.unit;
-                                }) &&
-                       optional(where + ".xmlSpacePreserve", x.xmlSpacePreserve,
-                                y.xmlSpacePreserve) &&
-                       optional(where + ".bold", x.bold, y.bold) &&
-                       optional(where + ".italic", x.italic, y.italic) &&
-                       optional(where + ".underline", x.underline, y.underline);
-            }
-            case ItemType::Image: {
-                const auto& x = static_cast<const svg::Image&>(a);
-                const auto& y = static_cast<const svg::Image&>(b);
-                return vec(where + ".position", x.position, y.position) &&
-                       vec(where + ".size", x.size, y.size) &&
-                       (x.href == y.href || fail(where + ".href", x.href + " != " + y.href)) &&
-                       optional(where + ".preserveAspectRatio", x.preserveAspectRatio,
-                                y.preserveAspectRatio);
-            }
-        }
-        return fail(where, "unknown item type");
-    }
+inline std::string CanonicalText(const svg::ItemInterface& root) {
+    return CanonicalText(&root);
+}
 
-    bool children(const svg::Node& a, const svg::Node& b, const std::string& where) {
-        const auto& ca = a.getChildren();
-        const auto& cb = b.getChildren();
-        if (ca.size() != cb.size()) {
-            return fail(where,
-                        std::to_string(ca.size()) + " children != " + std::to_string(cb.size()));
-        }
-        auto ib = cb.begin();
-        int index = 0;
-        for (const auto& child : ca) {
-            const auto& other = *ib++;
-            const std::string at = where + "/" + std::to_string(index++);
-            if (!child || !other) {
-                if (child || other) {
-                    return fail(at, "null child on one side only");
-                }
-                continue;
-            }
-            if (!item(*child, *other, at)) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    std::string mDifference;
-};
-
-// Empty when equal, else the first difference.
+// Empty when the trees are equal, else both texts.
 inline std::string TreeDifference(const svg::ItemInterface& a, const svg::ItemInterface& b) {
-    return TreeComparer().compare(a, b);
+    const std::string x = CanonicalText(a), y = CanonicalText(b);
+    return x == y ? std::string() : x + "--- differs from ---\n" + y;
 }
 
 }  // namespace tq::test

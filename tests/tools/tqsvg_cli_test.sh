@@ -5,6 +5,11 @@
 set -u
 tool=$1
 sample=$2
+# The JSON and pixel checks need python3 (scripts/setup.sh installs it): no silent skip.
+if ! command -v python3 >/dev/null; then
+    echo "FAIL: python3 is missing, so the mesh JSON and the rendered pixels cannot be checked"
+    exit 1
+fi
 work=$(mktemp -d)
 trap 'chmod -R u+rwx "$work"; rm -rf "$work"' EXIT
 failures=0
@@ -28,16 +33,9 @@ contains() {  # contains FILE TEXT DESCRIPTION
 }
 # Width and height from a PNG's IHDR chunk, after checking the 8-byte signature.
 png_size() {  # png_size FILE
-    local bytes
-    bytes=$(od -An -tu1 -N24 "$1" | tr -s ' \n' ' ')
-    # shellcheck disable=SC2086
-    set -- $bytes
-    bytes="$*"
-    if [ $# -lt 24 ] || [ "${bytes#137 80 78 71 13 10 26 10 }" = "$bytes" ]; then
-        echo "not-a-png"; return
-    fi
-    shift 16
-    echo "$((($1 << 24) | ($2 << 16) | ($3 << 8) | $4))x$((($5 << 24) | ($6 << 16) | ($7 << 8) | $8))"
+    python3 -c 'import struct, sys
+d = open(sys.argv[1], "rb").read(24)
+print("%dx%d" % struct.unpack(">II", d[16:24]) if d[:8] == b"\x89PNG\r\n\x1a\n" else "not-a-png")' "$1"
 }
 is_png_of_size() {  # is_png_of_size FILE WxH DESCRIPTION
     local got
@@ -51,7 +49,7 @@ printf '<svg xmlns="http://www.w3.org/2000/svg"><text>hi</text></svg>' >"$work/e
 printf '<svg xmlns="http://www.w3.org/2000/svg"><path d="M3e38 0 l3e38 0 l0 1 z"/><rect width="1" height="1"/></svg>' >"$work/huge.svg"
 
 expect 0 "version" -- "$tool" --version
-contains "$work/out" "3.0.0.1297" "version text"
+grep -qE '^tqsvg [0-9]+\.[0-9]+\.[0-9]+\.[0-9]+' "$work/out" || fail "version text: $(cat "$work/out")"
 expect 0 "help" -- "$tool" --help
 contains "$work/out" "render" "help lists the commands"
 expect 2 "unknown command" -- "$tool" frobnicate
@@ -175,15 +173,15 @@ if [ "$(id -u)" -ne 0 ]; then
     contains "$work/err" "$work/locked/inner: the directory could not be read" "unreadable directory"
     contains "$work/out" "1 loaded, 1 failed" "an unreadable directory counts as failed"
     chmod 755 "$work/locked/inner"
+else
+    echo "note: the unreadable-directory check needs a user other than root: not run"
 fi
 
 # mesh: JSON on standard output or in a file, statistics instead with --stats.
 expect 0 "mesh to stdout" -- "$tool" mesh "$sample"
 contains "$work/out" '"error":false' "mesh error flag"
-if command -v python3 >/dev/null; then
-    python3 -c 'import json,sys; d=json.load(open(sys.argv[1])); assert len(d["primitives"]) == 8, len(d["primitives"]); assert all(len(p["triangles"]) % 3 == 0 for p in d["primitives"])' "$work/out" ||
-        fail "mesh output is not the expected JSON"
-fi
+python3 -c 'import json,sys; d=json.load(open(sys.argv[1])); assert len(d["primitives"]) == 8, len(d["primitives"]); assert all(len(p["triangles"]) % 3 == 0 for p in d["primitives"])' "$work/out" ||
+    fail "mesh output is not the expected JSON"
 expect 0 "mesh to file" -- "$tool" mesh "$sample" -o "$work/mesh.json"
 contains "$work/mesh.json" '"primitives":[' "mesh file"
 expect 0 "mesh stats" -- "$tool" mesh --stats "$sample"
@@ -231,8 +229,7 @@ expect 0 "render transparent" -- "$tool" render "$work/empty.svg" -o "$work/clea
 
 # Pixels of the sample (scale 1.28): fills with opacity, the square hole, the star's centre
 # under the non-zero rule, a stroke; and the background.
-if command -v python3 >/dev/null; then
-    cat >"$work/pixel.py" <<'EOF'
+cat >"$work/pixel.py" <<'EOF'
 import struct, sys, zlib
 def pixel(path, x, y):
     data = open(path, 'rb').read()
@@ -270,7 +267,7 @@ for line in sys.stdin:
         failed += 1
 sys.exit(1 if failed else 0)
 EOF
-    python3 "$work/pixel.py" <<EOF || fail "rendered pixels"
+python3 "$work/pixel.py" <<EOF || fail "rendered pixels"
 background $work/sample.png 5 370 241 250 238 255
 circle $work/sample.png 281 76 233 111 117 255
 frame $work/sample.png 48 243 69 123 157 255
@@ -280,7 +277,6 @@ line-stroke $work/sample.png 422 77 86 136 165 255
 red $work/red.png 4 4 255 0 0 255
 clear $work/clear.png 4 4 0 0 0 0
 EOF
-fi
 
 if [ "$failures" -ne 0 ]; then
     echo "$failures check(s) failed"

@@ -1,5 +1,7 @@
+#include "svg/geometry/SegmentationUtils.h"
 #include "svg/tqSvg.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -10,9 +12,12 @@
 
 #include <gtest/gtest.h>
 
+#include "CapturingLog.h"
+
 using namespace tq::svg;
 using Wm4::Matrix3f;
 using Wm4::Vector2f;
+using namespace tq::svg::SegmentationUtils;
 
 namespace {
 
@@ -44,6 +49,29 @@ RenderingProperties unfilled() {
     p.stroke = "black";
     return p;
 }
+
+using Controls = std::array<Vector2f, 4>;
+
+const Controls kArch = {{{0, 0}, {0, 4}, {4, 4}, {4, 0}}};
+const Controls kS = {{{0, 0}, {0, 4}, {4, -4}, {4, 0}}};
+const Controls kStraight = {{{0, 0}, {1, 1}, {2, 2}, {3, 3}}};
+const Controls kDot = {{{2, 5}, {2, 5}, {2, 5}, {2, 5}}};
+const Controls kLoop = {{{0, 0}, {300, 300}, {-200, 300}, {100, 0}}};
+const Controls kFar = {
+    {{1e4f, -1e4f}, {1e4f + 3, -1e4f + 9}, {1e4f + 8, -1e4f - 5}, {1e4f, -1e4f}}};
+
+Wm4::BezierCurve2f curve(const Controls& c) {
+    return Wm4::BezierCurve2f(3, new Vector2f[4]{c[0], c[1], c[2], c[3]});
+}
+
+// Jobs point into their workspace, so both live together.
+struct Flattened {
+    Flattened(const Controls& c, unsigned int maxPoints, float tolerance) {
+        DeCasteljauGetBezierPoints(workspace, curve(c), jobs, maxPoints, tolerance);
+    }
+    BezierSegmentationWorkspace workspace;
+    std::vector<SegmentationJob> jobs;
+};
 
 }  // namespace
 
@@ -78,19 +106,17 @@ TEST(SegmentShapes, TransformMovesOutlineAndTriangles) {
     const Matrix3f shift(1, 0, 100, 0, 1, -50, 0, 0, 1);
     const auto plain = SegmentRect(Rect(Vector2f(0, 0), Vector2f(2, 2)), nullptr, nullptr, nullptr);
     const auto moved = SegmentRect(Rect(Vector2f(0, 0), Vector2f(2, 2)), &shift, nullptr, nullptr);
-    ASSERT_EQ(plain->trianglePoints.size(), moved->trianglePoints.size());
     ASSERT_FALSE(moved->trianglePoints.empty());
-    for (std::size_t i = 0; i < plain->points.size(); ++i) {
-        EXPECT_EQ(moved->points[i], plain->points[i] + Vector2f(100, -50));
+    for (auto [from, to] : {std::pair{&plain->points, &moved->points},
+                            std::pair{&plain->trianglePoints, &moved->trianglePoints}}) {
+        ASSERT_EQ(from->size(), to->size());
+        for (std::size_t i = 0; i < from->size(); ++i) {
+            EXPECT_EQ((*to)[i], (*from)[i] + Vector2f(100, -50));
+        }
     }
-    for (std::size_t i = 0; i < plain->trianglePoints.size(); ++i) {
-        EXPECT_EQ(moved->trianglePoints[i], plain->trianglePoints[i] + Vector2f(100, -50));
-    }
-
     const auto line = SegmentLine(Line(Vector2f(1, 1), Vector2f(2, 3)), &shift, nullptr);
     EXPECT_EQ(line->points, (std::vector<Vector2f>{{101, -49}, {102, -47}}));
     EXPECT_EQ(line->indices, (std::vector<unsigned int>{0, 1}));
-    EXPECT_TRUE(line->trianglePoints.empty());
 }
 
 TEST(SegmentShapes, UnfilledShapesAreNeverTriangulated) {
@@ -113,13 +139,19 @@ TEST(SegmentShapes, UnfilledShapesAreNeverTriangulated) {
     EXPECT_EQ(odd.indices.size(), 3u);
 }
 
-TEST(SegmentPath, FilledShapeWithHoleCoversTheRingOnly) {
-    bool error = true;
-    // Outer square wound one way, inner square the other way.
-    const auto ring = SegmentPath(*pathOf("M0 0 H10 V10 H0 Z M3 3 V7 H7 V3 Z"), 32, -0.999f,
-                                  nullptr, nullptr, nullptr, &error);
-    EXPECT_FALSE(error);
-    EXPECT_DOUBLE_EQ(trianglesArea(*ring), 100 - 16);
+TEST(SegmentPath, FillsUnderTheNonZeroRule) {
+    const std::pair<const char*, double> cases[] = {
+        // Outer square wound one way, inner square the other way: a ring.
+        {"M0 0 H10 V10 H0 Z M3 3 V7 H7 V3 Z", 100 - 16},
+        // Two squares wound alike overlap: their union.
+        {"M0 0 H4 V4 H0 Z M2 2 H6 V6 H2 Z", 28},
+    };
+    for (const auto& [d, area] : cases) {
+        bool error = true;
+        const auto p = SegmentPath(*pathOf(d), 32, -0.999f, nullptr, nullptr, nullptr, &error);
+        EXPECT_FALSE(error) << d;
+        EXPECT_DOUBLE_EQ(trianglesArea(*p), area) << d;
+    }
 }
 
 TEST(SegmentPath, PiecesBecomeChainedRuns) {
@@ -165,45 +197,13 @@ TEST(SegmentPath, PiecesBecomeChainedRuns) {
     EXPECT_NEAR(std::fabs(arc->points[17].Y()), 1, 1e-5f);
 }
 
-TEST(SegmentPath, NonFiniteAndHugeCoordinatesFailCleanlyAndKeepTheOutline) {
-    const float inf = std::numeric_limits<float>::infinity();
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    for (const float bad : {inf, -inf, nan}) {
-        Path path;
-        path.commands = {{Path::CommandType::MoveTo, {0, 0}},
-                         {Path::CommandType::LineTo, {bad, 0}},
-                         {Path::CommandType::CubicBezier, {1, 1, bad, 2, 0, 5}},
-                         {Path::CommandType::EllipticalArc, {bad, 3, bad, 1, 1, 0, 0}},
-                         {Path::CommandType::ClosePath, {}}};
-        bool error = false;
-        const auto p = SegmentPath(path, 32, -0.999f, nullptr, nullptr, nullptr, &error);
-        EXPECT_TRUE(error);
-        EXPECT_FALSE(p->indices.empty());
-    }
-    // Huge radii and coordinates that stay finite are filled.
+// Non-finite coordinates fail and keep the outline: SegmenterVisitor's failure test.
+TEST(SegmentPath, HugeCoordinatesThatStayFiniteAreFilled) {
     bool error = true;
     const auto big = SegmentPath(*pathOf("M-1e30 0 A1e30 1e30 0 0 1 1e30 0 Z"), 32, -0.999f,
                                  nullptr, nullptr, nullptr, &error);
     EXPECT_FALSE(error);
     EXPECT_FALSE(big->triangleIndices.empty());
-}
-
-TEST(SegmentPath, MillionSegmentPathIsFilled) {
-    std::string d = "M0 0";
-    const int n = 1000000;
-    d.reserve(n * 24);
-    for (int i = 1; i < n; ++i) {
-        const double angle = 2 * M_PI * i / n;
-        d += " L" + std::to_string(1000 * std::cos(angle)) + " " +
-             std::to_string(1000 * std::sin(angle));
-    }
-    d += " Z";
-    bool error = true;
-    const auto p = SegmentPath(*pathOf(d), 32, -0.999f, nullptr, nullptr, nullptr, &error);
-    EXPECT_FALSE(error);
-    // The clean-up merges the nearly collinear tiny segments, so the fill is a coarser polygon
-    // than the outline: within a few parts in a thousand of the circle.
-    EXPECT_NEAR(trianglesArea(*p), M_PI * 1e6, M_PI * 1e6 * 5e-3);
 }
 
 TEST(SegmenterVisitor, FailureStopsSegmentationAndForcesTheOutline) {
@@ -305,4 +305,52 @@ TEST(SegmenterVisitor, FourThreadsSegmentOneTreeAlike) {
             EXPECT_EQ(result[i].properties, expected[i].properties);
         }
     }
+}
+
+TEST(DeCasteljauGetBezierPoints, SpansTileTheCurveAndResultsLieOnIt) {
+    for (const Controls& controls : {kArch, kS, kStraight, kDot, kLoop, kFar}) {
+        const Wm4::BezierCurve2f whole = curve(controls);
+        const float scale = std::fabs(controls[0].X()) + 400.0f;
+        for (const unsigned int maxPoints : {1u, 2u, 3u, 7u, 32u, 100u}) {
+            for (const float tolerance : {-0.999f, -0.9f, -0.3f}) {
+                const Flattened flattened(controls, maxPoints, tolerance);
+                const auto& jobs = flattened.jobs;
+                ASSERT_GE(jobs.size(), 1u);
+                ASSERT_LE(jobs.size(), maxPoints);
+                float end = 0.0f;  // spans [t - 2 halfStep, t + 2 halfStep], in order, no gap
+                for (const SegmentationJob& job : jobs) {
+                    EXPECT_EQ(job.t - 2 * job.halfStep, end);
+                    end = job.t + 2 * job.halfStep;
+                    EXPECT_LT((job.getResult() - whole.GetPosition(job.t)).Length(), 1e-5f * scale);
+                    // Stopping short of the maximum means every span is flat enough.
+                    if (jobs.size() < maxPoints) {
+                        EXPECT_LE(job.error, tolerance);
+                    }
+                }
+                EXPECT_EQ(end, 1.0f);
+            }
+        }
+    }
+}
+
+TEST(DeCasteljauGetBezierPoints, RefinesTheWorstSpanFirstAndTheEarliestOnTies) {
+    // The arch's halves mirror each other with equal errors: the first one is split.
+    const Flattened arch(kArch, 3, -0.999f);
+    ASSERT_EQ(arch.jobs.size(), 3u);
+    EXPECT_TRUE(arch.jobs[0].t < 0.5f && arch.jobs[1].t < 0.5f && arch.jobs[2].t > 0.5f);
+    // Here the second half bends harder: it is split first.
+    const Flattened skewed({{{0, 0}, {0, 1}, {1, 4}, {4, 0}}}, 3, -0.999f);
+    ASSERT_EQ(skewed.jobs.size(), 3u);
+    EXPECT_TRUE(skewed.jobs[0].t < 0.5f && skewed.jobs[1].t > 0.5f && skewed.jobs[2].t > 0.5f);
+}
+
+TEST(DeCasteljauGetBezierPoints, JobCountAtTheLimits) {
+    // A straight or point-like cubic is accepted whole: one interior point.
+    EXPECT_EQ(Flattened(kStraight, 32, -0.999f).jobs.size(), 1u);
+    EXPECT_EQ(Flattened(kDot, 32, -1.0f).jobs.size(), 1u);  // a tolerance equal to the error
+    // An S-shaped span is never flat at a negative tolerance, where an arch would be.
+    EXPECT_EQ(Flattened(kS, 2, -0.01f).jobs.size(), 2u);
+    EXPECT_EQ(Flattened(kArch, 2, -0.01f).jobs.size(), 1u);
+    // The first job exists even when no point is allowed.
+    EXPECT_EQ(Flattened(kS, 0, -0.999f).jobs.size(), 1u);
 }

@@ -1,0 +1,196 @@
+// The driver base's message list, the registry's choice and the manager as a host uses it.
+#include "svg/tqSvg.h"
+
+#include <filesystem>
+#include <fstream>
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "LibraryTest.h"
+#include "TreeEquality.h"
+
+using namespace tq::svg;
+using Messages = std::list<std::string>;
+using tq::test::Item;
+
+namespace {
+
+using Answer = tqCoreSvgIODriver::HandleRequestResult;
+
+// Gives fixed answers; never loads or saves.
+class FakeDriver : public tqCoreSvgIODriver {
+public:
+    explicit FakeDriver(Answer answer = CannotHandle) : mAnswer(answer) {}
+    Answer canLoad(const std::pair<tqIoDevice*, std::string>&, const LoadOptions&) const override {
+        return mAnswer;
+    }
+    Answer canSave(const std::string&, const SaveOptions&) const override { return mAnswer; }
+    bool loadSvg(Item&, tqIoDevice&, const std::string&, tqProgressNotifierInterface*,
+                 const LoadOptions&) override {
+        return false;
+    }
+    bool loadSvg(Item&, const std::string&, tqProgressNotifierInterface*,
+                 const LoadOptions&) override {
+        return false;
+    }
+    bool saveSvg(const ItemInterface&, tqIoDevice&, const std::string&,
+                 tqProgressNotifierInterface*, const SaveOptions&) override {
+        return false;
+    }
+    bool saveSvg(const ItemInterface&, const std::string&, tqProgressNotifierInterface*,
+                 const SaveOptions&) override {
+        return false;
+    }
+    using tqCoreSvgIODriver::addErrorMessage;
+
+    Messages messages() const {
+        Messages out{"replaced"};
+        getLastErrorsAndWarnings(out, true);
+        return out;
+    }
+
+private:
+    Answer mAnswer;
+};
+
+class TestManager : public tqTemplateManager<tqCoreSvgIODriver> {};
+
+}  // namespace
+
+TEST(DriverMessages, TextsAndCountAreCapped) {
+    FakeDriver driver;
+    const std::string exact(1024, 'a');
+    const std::string tooLong = std::string(1020, 'b') + "cdefg";
+    driver.addErrorMessage(exact, -1);
+    driver.addErrorMessage(tooLong, 7);
+    driver.addErrorMessage("at", 0);
+    driver.addErrorMessage("at", -5);
+    EXPECT_EQ(driver.messages(),
+              (Messages{exact, std::string(1020, 'b') + " ... @7", "at @0", "at"}));
+
+    std::list<std::string> kept{"old"};
+    driver.getLastErrorsAndWarnings(kept, false);
+    EXPECT_EQ(kept.size(), 5u);
+    EXPECT_EQ(kept.front(), "old");
+
+    for (int i = 0; i < 1030; ++i) {
+        driver.addErrorMessage("m" + std::to_string(i), -1);
+    }
+    const Messages messages = driver.messages();
+    ASSERT_EQ(messages.size(), 1024u);  // the oldest texts are dropped
+    EXPECT_EQ(messages.front(), "m6");
+    EXPECT_EQ(messages.back(), "m1029");
+    driver.clearErrorMessages();
+    EXPECT_TRUE(driver.messages().empty());
+}
+
+TEST(DriverRegistry, FirstDriverPrefersTheEarliestFullMatch) {
+    constexpr Answer No = tqCoreSvgIODriver::CannotHandle;
+    constexpr Answer Can = tqCoreSvgIODriver::CanHandle;
+    constexpr Answer Best = tqCoreSvgIODriver::CanHandleBest;
+    const std::pair<std::vector<Answer>, int> cases[] = {
+        {{}, -1},          {{No, No}, -1},  {{Can, Best}, 1},
+        {{Best, Best}, 0}, {{Can, Can}, 0}, {{No, Can, Best, Can, Best}, 2},
+    };
+    for (const auto& [answers, chosen] : cases) {
+        std::vector<std::unique_ptr<FakeDriver>> drivers;
+        TestManager manager;
+        for (Answer answer : answers) {
+            drivers.push_back(std::make_unique<FakeDriver>(answer));
+            manager.registerDriver(drivers.back().get(), true);
+        }
+        tqCoreSvgIODriver* expected =
+            chosen < 0 ? nullptr : drivers[static_cast<std::size_t>(chosen)].get();
+        EXPECT_EQ(manager.getFirstLoadDriver({nullptr, "svg"}, LoadOptions()), expected) << chosen;
+        EXPECT_EQ(manager.getFirstSaveDriver("svg", SaveOptions()), expected) << chosen;
+    }
+}
+
+using SvgIOManager = tq::test::LibraryTest;
+
+TEST_F(SvgIOManager, NestedStartsAreCountedAndARestartWorks) {
+    initializeTqSvg();
+    terminateTqSvg();  // the fixture's start still holds the library
+    EXPECT_TRUE(load("<svg/>").ok);
+    terminateTqSvg();
+    initializeTqSvg();
+    EXPECT_EQ(tqSvgIOManager::get().getAllDrivers().size(), 1u);
+    EXPECT_TRUE(load("<svg/>").ok);
+}
+
+TEST_F(SvgIOManager, OnlyTheNameSvgFindsADriver) {
+    for (const char* name : {"SVG", "svgz", ".svg", "png", ""}) {
+        Item out;
+        Messages messages = {"kept"};
+        tqIoDeviceMemory device(std::string("<svg/>"));
+        EXPECT_FALSE(tqSvgIOManager::get().loadSvg(out, device, name, nullptr, nullptr, &messages))
+            << name;
+        EXPECT_EQ(messages, Messages{"kept"}) << name;
+        EXPECT_EQ(out, nullptr) << name;
+    }
+    const Document document;
+    tqIoDeviceMemory device;
+    Messages messages = {"kept"};
+    EXPECT_FALSE(
+        tqSvgIOManager::get().saveSvg(document, device, "png", nullptr, nullptr, &messages));
+    EXPECT_EQ(messages, (Messages{"kept", "No driver available to save 'png'"}));
+    const std::string picture = (directory / "picture.png").string();
+    EXPECT_FALSE(tqSvgIOManager::get().saveSvg(document, picture, nullptr, nullptr, &messages));
+    EXPECT_EQ(messages.back(), "No driver available to save 'png'");
+    EXPECT_FALSE(std::filesystem::exists(picture));
+}
+
+TEST_F(SvgIOManager, EveryLoadReplacesTheCallersMessages) {
+    // Warnings only: the load succeeds and still reports them.
+    const tq::test::Loaded lenient = load("<svg><foo/><rect/></svg>", true);
+    EXPECT_TRUE(lenient.ok);
+    EXPECT_EQ(lenient.messages, "Ignore unsupported tag in svg : \"foo\"");
+
+    const Item before = lenient.root;
+    const tq::test::Loaded strict = load("<svg><foo/></svg>", false, before);
+    EXPECT_FALSE(strict.ok);
+    EXPECT_EQ(strict.messages, "Found unsupported tag in svg : \"foo\"");
+    EXPECT_EQ(strict.root, before);  // the caller's pointer stays as it was
+
+    // Null options are the defaults.
+    Item out;
+    Messages messages = {"old"};
+    tqIoDeviceMemory device(std::string("<svg><foo/></svg>"));
+    EXPECT_FALSE(tqSvgIOManager::get().loadSvg(out, device, "svg", nullptr, nullptr, &messages));
+    EXPECT_EQ(messages, Messages{"Found unsupported tag in svg : \"foo\""});
+}
+
+TEST_F(SvgIOManager, FilesAreChosenByExtensionAndMissingOnesFailWithOneMessage) {
+    const auto write = [&](const std::string& name, const std::string& content) {
+        std::ofstream(directory / name) << content;
+        return (directory / name).string();
+    };
+    Item out;
+    Messages messages = {"old"};
+    ASSERT_TRUE(tqSvgIOManager::get().loadSvg(out, write("a.SVG", "<svg><rect/></svg>"), nullptr,
+                                              nullptr, &messages));
+    EXPECT_EQ(messages, Messages{});
+    EXPECT_EQ(tq::test::CanonicalText(*out), "svg\n  rect 0,0 1,1 r=0,0\n");
+    EXPECT_FALSE(tqSvgIOManager::get().loadSvg(out, write("bad.svg", "<svg><rect x=\"a\"/></svg>"),
+                                               nullptr, nullptr, &messages));
+    EXPECT_EQ(messages, (Messages{"Failed to parse value \"a\" in attribute \"x\"",
+                                  "Invalid attribute \"x\" with value \"a\""}));
+    messages = {"kept"};
+    EXPECT_FALSE(
+        tqSvgIOManager::get().loadSvg(out, write("a.txt", "<svg/>"), nullptr, nullptr, &messages));
+    EXPECT_EQ(messages, Messages{"kept"});
+
+    std::filesystem::create_directories(directory / "folder.svg");
+    for (const char* name : {"missing.svg", "folder.svg"}) {
+        const Item sentinel = std::make_shared<Rect>();
+        out = sentinel;
+        EXPECT_FALSE(tqSvgIOManager::get().loadSvg(out, (directory / name).string(), nullptr,
+                                                   nullptr, &messages));
+        EXPECT_EQ(messages, Messages{"Fail to open file"}) << name;
+        EXPECT_EQ(out, sentinel) << name;
+    }
+}

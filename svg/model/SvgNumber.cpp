@@ -13,10 +13,9 @@ namespace tq::svg {
 
 namespace {
 
-// The common short decimals ("-12.375", "1e-3") in one pass: with at most 15 significant digits
-// and a power of ten that a double holds exactly, one multiplication or division gives the
-// correctly rounded double that strtod would return. Anything else is left to the general
-// conversion (false).
+// The common decimals ("-12.375", "1e-3") in one pass: with at most 19 significant digits the
+// mantissa and the power of ten give the correctly rounded double that strtod would return.
+// Anything else is left to the general conversion (false).
 bool parseShortDecimal(const char* p, const char* end, double& value) {
     bool negative = false;
     if (p != end && (*p == '-' || *p == '+')) {
@@ -32,7 +31,7 @@ bool parseShortDecimal(const char* p, const char* end, double& value) {
         if (mantissa == 0 && *p == '0') {
             continue;  // leading zeros carry nothing
         }
-        if (++digits > 15) {
+        if (++digits > 19) {
             return false;
         }
         mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
@@ -44,7 +43,7 @@ bool parseShortDecimal(const char* p, const char* end, double& value) {
                 --exponent;
                 continue;
             }
-            if (++digits > 15) {
+            if (++digits > 19) {
                 return false;
             }
             mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
@@ -77,7 +76,7 @@ bool parseShortDecimal(const char* p, const char* end, double& value) {
         return false;
     }
     double result = 0.0;
-    if (!detail::ExactDecimalToDouble(mantissa, digits, exponent, result)) {
+    if (!detail::DecimalToDouble(mantissa, digits, exponent, false, result)) {
         return false;
     }
     value = negative ? -result : result;

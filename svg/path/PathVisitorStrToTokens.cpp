@@ -19,9 +19,9 @@ struct FlatSink {
     void group(const float* values, int count) {
         numbers.insert(numbers.end(), values, values + count);
     }
-    // A vector of the exact size: the receiver keeps no spare capacity and the scratch keeps its
-    // own.
-    void end() { callback(letter, std::vector<float>(numbers.begin(), numbers.end())); }
+    // The scratch itself, so that no command allocates; a receiver that takes it over leaves an
+    // empty vector, which the next command refills.
+    void end() { callback(letter, std::move(numbers)); }
     void abandon() {}
 };
 

@@ -1,27 +1,27 @@
-// The exact fast case of decimal-to-binary conversion (internal).
+// Decimal to binary conversion of scanned numbers (internal).
 #pragma once
 
 #include <cstdint>
 
+#include <fast_float/fast_float.h>
+
 namespace tq::svg::detail {
 
-// mantissa x 10^exponent as the correctly rounded double, when both factors are exact doubles
-// (at most 15 significant digits, |exponent| <= 22): one IEEE multiplication or division then
-// rounds once, as strtod does. False when the case does not apply.
-inline bool ExactDecimalToDouble(std::uint64_t mantissa, int significantDigits, int exponent,
-                                 double& value) {
-    static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    if (mantissa == 0) {
-        value = 0.0;
-        return true;
-    }
-    if (significantDigits > 15 || exponent < -22 || exponent > 22) {
+// mantissa x 10^exponent, negated when `negative`, as the correctly rounded double that strtod
+// would give, for the mantissa of at most 19 significant digits that a scanner gathered while
+// it read the digits. One 128-bit multiplication by a power of five (the Eisel-Lemire method of
+// fast_float), no division. False in the rare cases that need the general conversion.
+inline bool DecimalToDouble(std::uint64_t mantissa, int significantDigits, int exponent,
+                            bool negative, double& value) {
+    if (significantDigits > 19) {
         return false;
     }
-    value = static_cast<double>(mantissa);
-    value = exponent < 0 ? value / kPowers[-exponent] : value * kPowers[exponent];
+    const fast_float::adjusted_mantissa binary =
+        fast_float::compute_float<fast_float::binary_format<double>>(exponent, mantissa);
+    if (binary.power2 < 0) {
+        return false;
+    }
+    fast_float::to_float(negative, binary, value);
     return true;
 }
 

@@ -18,9 +18,9 @@
 // completed before it is kept (the message says where the rest was dropped). Non-finite numbers
 // are errors. Bytes outside ASCII never match and never throw.
 //
-// Neither allocates per number or per command: numbers are converted as they are scanned (an
-// exact double multiplication for the usual short decimals, the general conversion otherwise)
-// and groups sit in a fixed array.
+// Neither allocates per number or per command: numbers are converted as they are scanned (the
+// digits gathered into a mantissa and converted by one multiplication, the general conversion
+// for more than 19 digits) and groups sit in a fixed array.
 #pragma once
 
 #include <utf8.h>
@@ -203,10 +203,7 @@ private:
                 p = q;
             }
         }
-        exact = anyDigit && ExactDecimalToDouble(mantissa, significant, exponent, value);
-        if (exact && negative) {
-            value = -value;
-        }
+        exact = anyDigit && DecimalToDouble(mantissa, significant, exponent, negative, value);
     }
 
     // One number at `pos`. Subset: the longest run of number characters, which must convert as

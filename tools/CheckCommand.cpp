@@ -8,7 +8,7 @@ namespace {
 
 struct CheckOptions {
     std::vector<std::string> inputs;
-    bool ignoreUnsupported = false;
+    ReadingOptions reading;
     BatchSettings batch;
 };
 
@@ -35,8 +35,7 @@ bool checkOne(const InputFile& input, const tq::svg::LoadOptions& options, Check
 
 int runCheck(const CheckOptions& o) {
     const std::vector<InputFile> inputs = CollectSvgFiles(o.inputs);
-    tq::svg::LoadOptions options;
-    options.ignoreUnsupported = o.ignoreUnsupported;
+    const tq::svg::LoadOptions options = o.reading.loadOptions();
     std::vector<CheckResult> results(inputs.size());
     const std::size_t failed =
         RunBatch(LabelsOf(inputs), o.batch, [&](std::size_t i, JobReport& report) {
@@ -62,7 +61,7 @@ Command AddCheckCommand(CLI::App& app) {
         "a file failed to load or a directory could not be read.");
     check->add_option("inputs", o->inputs, "SVG files, directories, or - for standard input")
         ->required();
-    AddIgnoreUnsupportedFlag(*check, o->ignoreUnsupported);
+    AddReadingOptions(*check, o->reading);
     AddBatchOptions(*check, o->batch);
     return {check, [o] { return runCheck(*o); }};
 }

@@ -16,7 +16,7 @@ struct ConvertOptions {
     int precision = -1;
     std::string author;
     bool noHeader = false;
-    bool ignoreUnsupported = false;
+    ReadingOptions reading;
     BatchSettings batch;
 
     tq::svg::SaveOptions saveOptions() const {
@@ -33,7 +33,7 @@ struct ConvertOptions {
 bool convertOne(const std::string& input, const std::string& target, const ConvertOptions& o,
                 bool createFolders, JobReport& report) {
     RootPointer root;
-    if (!LoadDocument(input, o.ignoreUnsupported, root, report.err)) {
+    if (!LoadDocument(input, o.reading, root, report.err)) {
         return false;
     }
     tq::svg::tqSvgDriver driver;  // one per job: a driver serves one operation at a time
@@ -102,7 +102,7 @@ Command AddConvertCommand(CLI::App& app) {
         ->check(CLI::Range(-1, 9));
     convert->add_option("--author", o->author, "Write an \"Author : \" comment");
     convert->add_flag("--no-header", o->noHeader, "Leave out the exporter and date comments");
-    AddIgnoreUnsupportedFlag(*convert, o->ignoreUnsupported);
+    AddReadingOptions(*convert, o->reading);
     AddBatchOptions(*convert, o->batch);
     return {convert, [o] { return runConvert(*o); }};
 }

@@ -11,7 +11,8 @@ struct MeshOptions {
     std::string input;
     std::string output;
     bool stats = false;
-    bool ignoreUnsupported = false;
+    float tolerance = 0.0f;
+    ReadingOptions reading;
 };
 
 double millisecondsSince(std::chrono::steady_clock::time_point start) {
@@ -37,7 +38,7 @@ std::string statsText(const tq::svg::SegmenterVisitor::PrimitiveList& primitives
 bool meshOne(const MeshOptions& o, JobReport& report) {
     const auto loadStart = std::chrono::steady_clock::now();
     RootPointer root;
-    if (!LoadDocument(o.input, o.ignoreUnsupported, root, report.err)) {
+    if (!LoadDocument(o.input, o.reading, root, report.err)) {
         return false;
     }
     const double loadMs = millisecondsSince(loadStart);
@@ -47,7 +48,7 @@ bool meshOne(const MeshOptions& o, JobReport& report) {
         return false;
     }
     const auto segmentStart = std::chrono::steady_clock::now();
-    tq::svg::SegmenterVisitor visitor(*node);
+    tq::svg::SegmenterVisitor visitor(*node, o.tolerance);
     const double segmentMs = millisecondsSince(segmentStart);
     if (visitor.hasError()) {
         report.err += o.input +
@@ -75,7 +76,11 @@ Command AddMeshCommand(CLI::App& app) {
     mesh->add_option("input", o->input, "SVG file, or - for standard input")->required();
     mesh->add_option("-o,--output", o->output, "output file (default: standard output)");
     mesh->add_flag("--stats", o->stats, "Print counts and timings instead of the mesh");
-    AddIgnoreUnsupportedFlag(*mesh, o->ignoreUnsupported);
+    mesh->add_option("--tolerance", o->tolerance,
+                     "Flatten curves, arcs and circles within this distance in document units "
+                     "(default: the library's fixed point counts)")
+        ->check(CLI::NonNegativeNumber);
+    AddReadingOptions(*mesh, o->reading);
     return {mesh,
             [o] { return RunSingle(o->input, [&](JobReport& r) { return meshOne(*o, r); }); }};
 }

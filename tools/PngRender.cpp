@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "Tool.h"
+
 namespace {
 
 // Cairo keeps coordinates in 24.8 fixed point: farther values would wrap around. Clamping moves
@@ -23,13 +25,18 @@ bool usable(const tq::svg::BoundingBox& box) {
            (box.getWidth() > 0.0f || box.getHeight() > 0.0f);
 }
 
-tq::svg::BoundingBox chooseBox(const tq::svg::ItemInterface& root) {
+tq::svg::BoundingBox chooseBox(const tq::svg::ItemInterface& root, bool extentsFromGeometry) {
     const auto* document = dynamic_cast<const tq::svg::Document*>(&root);
     if (document != nullptr && document->getViewbox() && usable(*document->getViewbox())) {
         return *document->getViewbox();
     }
     tq::svg::BoundingBox box;
-    tq::svg::ComputeEstimatedBoundingBox(root, box, nullptr, nullptr);
+    if (extentsFromGeometry) {
+        tq::svg::SegmenterVisitor rough(root);
+        box = GeometryExtent(rough.getSegmentedPrimitives());
+    } else {
+        tq::svg::ComputeEstimatedBoundingBox(root, box, nullptr, nullptr);
+    }
     if (usable(box)) {
         return box;
     }
@@ -188,22 +195,36 @@ void strokePrimitive(cairo_t* cr, const View& view, const tq::svg::SegmentedPrim
     const bool nonScaling = properties.vectorEffect &&
                             (*properties.vectorEffect & tq::svg::VectorEffect::NonScalingStroke) !=
                                 tq::svg::VectorEffect::None;
-    // A non-scaling stroke is as wide on the screen as written; others grow with the view.
-    const double scale = nonScaling ? 1.0 : view.scale;
-    const double width = double(properties.strokeWidth.value_or(1.0f)) * scale;
+    const double width = double(properties.strokeWidth.value_or(1.0f));
     const Wm4::ColorRGBA colour = properties.parseStrokeColor();
     if (!std::isfinite(width) || !(width > 0.0) || !(colour.A() > 0.0f)) {
         return;
     }
     cairo_new_path(cr);
     addOutline(cr, view, primitive);
-    cairo_set_line_width(cr, std::min(width, kCoordinateLimit));
+    // The path is already in pixels; the pen is set afterwards in the item's own units, so it
+    // grows and turns with the item's transform and the view, as the item's geometry did. A
+    // non-scaling stroke is as wide on the screen as written.
+    const Wm4::Matrix3f& m = primitive.transform;
+    cairo_matrix_t pen;
+    cairo_matrix_init(&pen, view.scale * m(0, 0), view.scale * m(1, 0), view.scale * m(0, 1),
+                      view.scale * m(1, 1), 0.0, 0.0);
+    const double determinant = pen.xx * pen.yy - pen.xy * pen.yx;
+    double unit = 1.0;  // what one unit of width and dashes spans in the pen's space
+    if (nonScaling || !std::isfinite(determinant) || determinant == 0.0) {
+        unit = nonScaling ? 1.0 : 0.0;
+    } else {
+        cairo_set_matrix(cr, &pen);
+    }
+    const double limit = kCoordinateLimit / std::sqrt(std::max(std::fabs(determinant), 1e-12));
+    cairo_set_line_width(cr, std::min(width * unit, limit));
     cairo_set_line_cap(cr, toCairo(properties.strokeLinecap.value_or(tq::svg::LineCap::Butt)));
     cairo_set_line_join(cr, toCairo(properties.strokeLinejoin.value_or(tq::svg::LineJoin::Miter)));
     cairo_set_miter_limit(cr, kMiterLimit);
-    setDashes(cr, properties, scale);
+    setDashes(cr, properties, unit);
     setSource(cr, colour);
     cairo_stroke(cr);
+    cairo_identity_matrix(cr);
 }
 
 // Black over light fills, white over dark ones.
@@ -262,8 +283,7 @@ cairo_status_t writePng(cairo_surface_t* surface, const std::string& output) {
 
 }  // namespace
 
-View FitView(const tq::svg::ItemInterface& root, int size) {
-    const tq::svg::BoundingBox box = chooseBox(root);
+View FitView(const tq::svg::BoundingBox& box, int size) {
     double width = box.getWidth();
     double height = box.getHeight();
     View view;
@@ -285,11 +305,13 @@ View FitView(const tq::svg::ItemInterface& root, int size) {
     return view;
 }
 
-RenderOutcome RenderPng(const tq::svg::Node& root, const RenderSettings& settings,
+RenderOutcome RenderPng(const tq::svg::ItemInterface& root, const RenderSettings& settings,
                         const std::string& output) {
+    // Curves within a fifth of a pixel: no facets to see at any size.
+    constexpr double kPixelTolerance = 0.05;
     RenderOutcome outcome;
-    const View view = FitView(root, settings.size);
-    tq::svg::SegmenterVisitor segmenter(root);
+    const View view = FitView(chooseBox(root, settings.extentsFromGeometry), settings.size);
+    tq::svg::SegmenterVisitor segmenter(root, static_cast<float>(kPixelTolerance / view.scale));
     outcome.segmentationError = segmenter.hasError();
     SurfacePointer surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, view.width, view.height),
                            &cairo_surface_destroy);

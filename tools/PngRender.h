@@ -9,6 +9,9 @@ struct RenderSettings {
     int size = 512;          // the larger side of the picture in pixels
     bool wireframe = false;  // outline every fill triangle on top
     Wm4::ColorRGBA background{0.0f, 0.0f, 0.0f, 0.0f};
+    // Without a viewBox: fit the extent of the segmented geometry (curves included) rather than
+    // the library's estimate, which leaves cubics out.
+    bool extentsFromGeometry = false;
 };
 
 // Document coordinates to pixels: x' = (x - minX) * scale + offsetX, likewise for y.
@@ -22,9 +25,9 @@ struct View {
     int height = 1;
 };
 
-// Fits the document's viewBox (else the content's estimated box, else 0 0 100 100) into a
-// picture whose larger side is `size` pixels, keeping the aspect ratio, centred.
-View FitView(const tq::svg::ItemInterface& root, int size);
+// Fits `box` into a picture whose larger side is `size` pixels, keeping the aspect ratio,
+// centred.
+View FitView(const tq::svg::BoundingBox& box, int size);
 
 // What RenderPng did.
 struct RenderOutcome {
@@ -33,7 +36,8 @@ struct RenderOutcome {
     std::string error;
 };
 
-// Segments `root`, draws fills, then strokes, shape by shape, and writes the picture as PNG to
-// `output` ("-" for standard output).
-RenderOutcome RenderPng(const tq::svg::Node& root, const RenderSettings& settings,
+// Segments `root` (curves within a fraction of a pixel), draws fills, then strokes, shape by
+// shape, and writes the picture as PNG to `output` ("-" for standard output). The picture shows
+// the document's viewBox, else the content's extent, else 0 0 100 100.
+RenderOutcome RenderPng(const tq::svg::ItemInterface& root, const RenderSettings& settings,
                         const std::string& output);

@@ -15,7 +15,7 @@ struct RenderOptions {
     std::vector<std::string> inputs;
     std::string output;
     std::string background;
-    bool ignoreUnsupported = false;
+    ReadingOptions reading;
     RenderSettings settings;
     BatchSettings batch;
 };
@@ -39,18 +39,15 @@ bool parseBackground(const std::string& text, Wm4::ColorRGBA& colour) {
 bool renderOne(const std::string& input, const std::string& target, const RenderOptions& o,
                bool createFolders, JobReport& report) {
     RootPointer root;  // loaded through a driver of the job's own
-    if (!LoadDocument(input, o.ignoreUnsupported, root, report.err)) {
-        return false;
-    }
-    const auto* node = dynamic_cast<const tq::svg::Node*>(root.get());
-    if (node == nullptr) {
-        report.err += input + ": the document holds no group to draw\n";
+    if (!LoadDocument(input, o.reading, root, report.err)) {
         return false;
     }
     if (createFolders && !CreateParentDirectory(target, report.err)) {
         return false;
     }
-    const RenderOutcome outcome = RenderPng(*node, o.settings, target);
+    RenderSettings settings = o.settings;
+    settings.extentsFromGeometry = !o.reading.subset;
+    const RenderOutcome outcome = RenderPng(*root, settings, target);
     if (outcome.segmentationError) {
         report.err += input +
                       ": warning: a filled shape could not be triangulated; it is drawn as an "
@@ -143,7 +140,7 @@ Command AddRenderCommand(CLI::App& app) {
     render->add_option("--background", o->background,
                        "Background colour as SVG writes it (#rrggbb, rgb(), a name); default "
                        "transparent");
-    AddIgnoreUnsupportedFlag(*render, o->ignoreUnsupported);
+    AddReadingOptions(*render, o->reading);
     AddBatchOptions(*render, o->batch);
     return {render, [o] { return runRender(*o); }};
 }

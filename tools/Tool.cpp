@@ -1,5 +1,6 @@
 #include "Tool.h"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -44,10 +45,9 @@ bool LoadFile(tq::svg::tqSvgDriver& driver, const std::string& file,
     return ok;
 }
 
-bool LoadDocument(const std::string& file, bool ignoreUnsupported, RootPointer& root,
+bool LoadDocument(const std::string& file, const ReadingOptions& reading, RootPointer& root,
                   std::string& err) {
-    tq::svg::LoadOptions options;
-    options.ignoreUnsupported = ignoreUnsupported;
+    const tq::svg::LoadOptions options = reading.loadOptions();
     tq::svg::tqSvgDriver driver;
     std::list<std::string> messages;
     const bool ok = LoadFile(driver, file, options, root, messages);
@@ -131,9 +131,25 @@ bool ReportUnreadable(const InputFile& input, JobReport& report) {
     return true;
 }
 
-void AddIgnoreUnsupportedFlag(CLI::App& command, bool& flag) {
-    command.add_flag("--ignore-unsupported", flag,
-                     "Skip unsupported elements and attributes with a warning instead of failing");
+tq::svg::BoundingBox GeometryExtent(const tq::svg::SegmenterVisitor::PrimitiveList& primitives) {
+    tq::svg::BoundingBox box;
+    for (const auto& primitive : primitives) {
+        for (const Wm4::Vector2f& point : primitive->points) {
+            if (std::isfinite(point.X()) && std::isfinite(point.Y())) {
+                box.expandToContain(point);
+            }
+        }
+    }
+    return box;
+}
+
+void AddReadingOptions(CLI::App& command, ReadingOptions& reading) {
+    command.add_flag("--subset", reading.subset,
+                     "Read only the library's strict subset of SVG, with its deliberate "
+                     "restrictions (default: SVG as browsers draw it)");
+    command.add_flag("--ignore-unsupported", reading.ignoreUnsupported,
+                     "With --subset: skip what the subset does not have, with a warning, "
+                     "instead of failing");
 }
 
 void AddBatchOptions(CLI::App& command, BatchSettings& settings) {

@@ -42,10 +42,28 @@ bool LoadFile(tq::svg::tqSvgDriver& driver, const std::string& file,
               const tq::svg::LoadOptions& options, RootPointer& root,
               std::list<std::string>& messages);
 
+// How the commands read documents: the standard profile unless --subset asks for the library's
+// own subset.
+struct ReadingOptions {
+    bool ignoreUnsupported = false;
+    bool subset = false;
+
+    tq::svg::LoadOptions loadOptions() const {
+        tq::svg::LoadOptions options;
+        options.ignoreUnsupported = ignoreUnsupported;
+        options.profile = subset ? tq::svg::LoadProfile::Subset : tq::svg::LoadProfile::Standard;
+        return options;
+    }
+};
+
 // LoadFile with a driver of its own, refusing a document without any element; messages are
 // appended to `err`.
-bool LoadDocument(const std::string& file, bool ignoreUnsupported, RootPointer& root,
+bool LoadDocument(const std::string& file, const ReadingOptions& reading, RootPointer& root,
                   std::string& err);
+
+// The extent of segmented geometry: every outline point, curves included; invalid when there
+// is none.
+tq::svg::BoundingBox GeometryExtent(const tq::svg::SegmenterVisitor::PrimitiveList& primitives);
 
 // Saves `item` as SVG to a file of any extension, or standard output for "-"; messages and a
 // failure are appended to `err`.
@@ -68,8 +86,8 @@ std::vector<std::string> LabelsOf(const std::vector<InputFile>& inputs);
 // For an input that stands for a directory that could not be read: reports it and returns true.
 bool ReportUnreadable(const InputFile& input, JobReport& report);
 
-// Options that every command taking files offers.
-void AddIgnoreUnsupportedFlag(CLI::App& command, bool& flag);
+// Options that every command reading documents offers: --ignore-unsupported and --subset.
+void AddReadingOptions(CLI::App& command, ReadingOptions& reading);
 // -j and --verbose, for the commands that work through many files.
 void AddBatchOptions(CLI::App& command, BatchSettings& settings);
 

@@ -4,6 +4,7 @@
 //                  of any loader that keeps the numbers
 //   ParseXmlStream our SAX layer with an empty handler
 //   Load           the full load into an item tree
+//   LoadStandard   the same with the standard reading profile
 //   Tokenizer      the path-data grammar alone over all the path data
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
@@ -149,8 +150,10 @@ std::size_t countCommands(const tq::svg::ItemInterface& item) {
     return count;
 }
 
-void Load(benchmark::State& state) {
+void runLoad(benchmark::State& state, tq::svg::LoadProfile profile) {
     const std::string& svg = document();
+    tq::svg::LoadOptions options;
+    options.profile = profile;
     std::size_t numbers = 0;
     tq::bench::ExtractPathData(svg, &numbers);
     std::size_t commands = 0;
@@ -159,7 +162,7 @@ void Load(benchmark::State& state) {
         ViewDevice device(svg);
         tq::svg::ItemInterfacePointer<tq::svg::ItemInterface> root;
         const std::size_t before = tq::bench::AllocationCount();
-        tq::svg::Loader loader(root, device, tq::svg::LoadOptions(), nullptr, nullptr);
+        tq::svg::Loader loader(root, device, options, nullptr, nullptr);
         allocations = tq::bench::AllocationCount() - before;
         if (!loader.getParseResult() || !root) {
             state.SkipWithError("the document did not load");
@@ -174,6 +177,13 @@ void Load(benchmark::State& state) {
     state.counters["numbers/s"] = benchmark::Counter(double(numbers) * double(state.iterations()),
                                                      benchmark::Counter::kIsRate);
     state.counters["allocs/command"] = double(allocations) / double(commands);
+}
+
+void Load(benchmark::State& state) {
+    runLoad(state, tq::svg::LoadProfile::Subset);
+}
+void LoadStandard(benchmark::State& state) {
+    runLoad(state, tq::svg::LoadProfile::Standard);
 }
 
 void Tokenizer(benchmark::State& state) {
@@ -202,6 +212,7 @@ BENCHMARK(BareSax)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BareSaxNumbers)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(ParseXmlStream)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(Load)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(LoadStandard)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(Tokenizer)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 BENCHMARK_MAIN();

@@ -65,7 +65,7 @@ void StandardPathSink::moveTo(bool relative, float x, float y, bool first) {
 void StandardPathSink::cubic(bool relative, Vec p1, Vec p2, Vec end) {
     push(relative ? Type::CubicBezierRel : Type::CubicBezier,
          {p1.X(), p1.Y(), p2.X(), p2.Y(), end.X(), end.Y()});
-    mReflected = p2 - end;
+    mControl = absolute(relative, p2);
     mCurrent = absolute(relative, end);
     mPrevious = Previous::Cubic;
 }
@@ -80,7 +80,7 @@ void StandardPathSink::quadratic(bool relative, Vec control, Vec end) {
           start.Y() + kTwoThirds * (control.Y() - start.Y()),
           end.X() + kTwoThirds * (control.X() - end.X()),
           end.Y() + kTwoThirds * (control.Y() - end.Y()), end.X(), end.Y()});
-    mReflected = control - end;
+    mControl = absolute(relative, control);
     mCurrent = absolute(relative, end);
     mPrevious = Previous::Quadratic;
 }
@@ -103,11 +103,14 @@ void StandardPathSink::group(const float* v, int) {
     const bool relative = isRelative(mLetter);
     const bool first = mFirstGroup;
     mFirstGroup = false;
-    // The control point a smooth curve mirrors, as an offset from the current point: the last
-    // control point of a curve of its own kind reflected, or the current point itself.
+    // The control point a smooth curve mirrors: the last control point of a curve of its own
+    // kind reflected about the current point, or the current point itself; as an offset from
+    // the current point for a relative command.
     const Previous previous = mPrevious;
-    const auto mirrored = [&](Previous kind) { return previous == kind ? -mReflected : Vec::ZERO; };
-    const Vec origin = relative ? Vec::ZERO : mCurrent;
+    const auto mirrored = [&](Previous kind) {
+        const Vec point = previous == kind ? mCurrent * 2.0f - mControl : mCurrent;
+        return relative ? point - mCurrent : point;
+    };
     mPrevious = Previous::Other;
     switch (mLetter) {
         case 'M':
@@ -135,7 +138,7 @@ void StandardPathSink::group(const float* v, int) {
             break;
         case 'S':
         case 's':
-            cubic(relative, origin + mirrored(Previous::Cubic), Vec(v[0], v[1]), Vec(v[2], v[3]));
+            cubic(relative, mirrored(Previous::Cubic), Vec(v[0], v[1]), Vec(v[2], v[3]));
             break;
         case 'Q':
         case 'q':
@@ -143,7 +146,7 @@ void StandardPathSink::group(const float* v, int) {
             break;
         case 'T':
         case 't':
-            quadratic(relative, origin + mirrored(Previous::Quadratic), Vec(v[0], v[1]));
+            quadratic(relative, mirrored(Previous::Quadratic), Vec(v[0], v[1]));
             break;
         case 'A':
         case 'a':

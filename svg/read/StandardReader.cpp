@@ -177,7 +177,6 @@ constexpr std::string_view kSilentAttributes[] = {
     "stroke-dashoffset",
     "stroke-miterlimit",
     "tabindex",
-    "target",
     "text-rendering",
     "version",
     "zoomAndPan",
@@ -215,6 +214,10 @@ bool listed(const std::string_view (&names)[N], std::string_view name) {
 bool isSilent(Kind kind, std::string_view name) {
     if (listed(kSilentAttributes, name) || name.substr(0, 5) == "aria-" ||
         name.substr(0, 5) == "data-" || name.substr(0, 2) == "on") {
+        return true;
+    }
+    // A link's target does not change what is drawn.
+    if (kind == Kind::Group && (name == "href" || name == "target")) {
         return true;
     }
     return kind != Kind::Text && listed(kTextAttributes, name);

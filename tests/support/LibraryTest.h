@@ -38,12 +38,14 @@ protected:
     }
 
     // `root`, when given, is what the caller's pointer holds before the load.
-    static Loaded load(const std::string& text, bool ignoreUnsupported = false, Item root = {}) {
+    static Loaded load(const std::string& text, bool ignoreUnsupported = false, Item root = {},
+                       svg::LoadProfile profile = svg::LoadProfile::Subset) {
         Loaded result;
         result.root = std::move(root);
         tqIoDeviceMemory device(text);
         svg::LoadOptions options;
         options.ignoreUnsupported = ignoreUnsupported;
+        options.profile = profile;
         std::list<std::string> messages;
         result.ok = svg::tqSvgIOManager::get().loadSvg(result.root, device, "svg", nullptr,
                                                        &options, &messages);

@@ -99,6 +99,7 @@ inline void common(std::ostream& os, const svg::ItemInterface& item) {
     field(os, "fill", p.fill, text);
     field(os, "fill-opacity", p.fillOpacity, number);
     field(os, "vector-effect", p.vectorEffect, integer);
+    field(os, "fill-rule", p.fillRule, integer);
 }
 
 inline void item(std::ostream& os, const svg::ItemInterface* item, int depth) {

@@ -9,9 +9,10 @@
 
 namespace tq::svg::detail {
 
-// Follows the current point (with the same float arithmetic as the geometry, so that what it
-// computes lands where the geometry will draw) and the control point that a smooth curve
-// reflects, kept as an offset from the current point so that relative commands stay relative.
+// Follows the current point and the last control point of a curve, both absolute and with the
+// same float arithmetic as the geometry, so that what it computes lands where the geometry draws
+// (a smooth curve after absolute curves gets the very control point the library's own reading
+// would reflect).
 class StandardPathSink {
 public:
     explicit StandardPathSink(std::list<Path::Command>& out) : mOut(out) {}
@@ -40,7 +41,7 @@ private:
     Wm4::Vector2f mCurrent = Wm4::Vector2f::ZERO;
     Wm4::Vector2f mSubpathStart = Wm4::Vector2f::ZERO;
     Previous mPrevious = Previous::Other;
-    Wm4::Vector2f mReflected = Wm4::Vector2f::ZERO;  // last control point minus the current point
+    Wm4::Vector2f mControl = Wm4::Vector2f::ZERO;  // the previous curve's last control point
 };
 
 }  // namespace tq::svg::detail

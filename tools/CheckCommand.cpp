@@ -10,6 +10,7 @@ struct CheckOptions {
     std::vector<std::string> inputs;
     ReadingOptions reading;
     BatchSettings batch;
+    bool status = false;
 };
 
 struct CheckResult {
@@ -33,13 +34,21 @@ bool checkOne(const InputFile& input, const tq::svg::LoadOptions& options, Check
     return result.loaded;
 }
 
+void addStatus(const InputFile& input, bool loaded, bool wanted, JobReport& report) {
+    if (wanted) {
+        report.out += (loaded ? "ok\t" : "failed\t") + input.path + '\n';
+    }
+}
+
 int runCheck(const CheckOptions& o) {
     const std::vector<InputFile> inputs = CollectSvgFiles(o.inputs);
     const tq::svg::LoadOptions options = o.reading.loadOptions();
     std::vector<CheckResult> results(inputs.size());
     const std::size_t failed =
         RunBatch(LabelsOf(inputs), o.batch, [&](std::size_t i, JobReport& report) {
-            return checkOne(inputs[i], options, results[i], report);
+            const bool loaded = checkOne(inputs[i], options, results[i], report);
+            addStatus(inputs[i], loaded, o.status, report);
+            return loaded;
         });
     std::size_t warnings = 0;
     for (const CheckResult& result : results) {
@@ -62,6 +71,9 @@ Command AddCheckCommand(CLI::App& app) {
     check->add_option("inputs", o->inputs, "SVG files, directories, or - for standard input")
         ->required();
     AddReadingOptions(*check, o->reading);
+    check->add_flag("--status", o->status,
+                    "Print \"ok\" or \"failed\", a tab and the file's path for each file on "
+                    "standard output, before the summary");
     AddBatchOptions(*check, o->batch);
     return {check, [o] { return runCheck(*o); }};
 }

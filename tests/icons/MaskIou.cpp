@@ -1,45 +1,69 @@
 // mask_iou OURS.png REFERENCE.png [SIDE_BY_SIDE.png]
+// mask_iou --list          pairs "OURS REFERENCE" on standard input, one a line
 //
-// Prints the intersection over union of the two pictures' alpha masks, each thresholded at half
-// coverage, and optionally writes the two pictures side by side with their difference (red:
-// covered only by ours, blue: only by the reference). Both pictures must have the same size.
-// Exit code 0 with the figure, 1 on unreadable or mismatched input, 2 on wrong usage.
+// Prints, per pair, the intersection over union of the two pictures' alpha masks (each
+// thresholded at half coverage) and the share of the pixels both cover whose colours agree
+// within 26 of 255 in every channel (unpremultiplied), or "na" for a pair that cannot be
+// compared (unreadable, sizes differ). The side-by-side picture shows ours, the reference and
+// their difference: red covered only by ours, blue only by the reference, amber covered by both
+// in colours that differ. Exit code 0, or 1 on an unreadable single pair, 2 on wrong usage.
 #include <cairo.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <iostream>
+#include <memory>
+#include <string>
 
 namespace {
 
-cairo_surface_t* loadPng(const char* file) {
-    cairo_surface_t* surface = cairo_image_surface_create_from_png(file);
-    if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) {
-        std::fprintf(stderr, "%s: not a readable PNG\n", file);
-        cairo_surface_destroy(surface);
-        return nullptr;
+using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+
+Surface loadPng(const std::string& file) {
+    Surface surface(cairo_image_surface_create_from_png(file.c_str()), &cairo_surface_destroy);
+    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
+        return Surface(nullptr, &cairo_surface_destroy);
     }
-    cairo_surface_flush(surface);
+    cairo_surface_flush(surface.get());
     return surface;
 }
 
-// Alpha of a pixel of an ARGB32 or RGB24 image surface.
-bool covered(cairo_surface_t* surface, int x, int y) {
-    const unsigned char* data = cairo_image_surface_get_data(surface);
-    const int stride = cairo_image_surface_get_stride(surface);
-    if (cairo_image_surface_get_format(surface) != CAIRO_FORMAT_ARGB32) {
-        return true;
-    }
-    std::uint32_t pixel;
-    std::memcpy(&pixel, data + y * stride + x * 4, 4);
-    return (pixel >> 24) >= 128;
+std::uint32_t pixel(cairo_surface_t* surface, int x, int y) {
+    std::uint32_t value;
+    std::memcpy(
+        &value,
+        cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface) + x * 4,
+        4);
+    return cairo_image_surface_get_format(surface) == CAIRO_FORMAT_ARGB32 ? value
+                                                                          : value | 0xff000000u;
 }
+
+bool covered(std::uint32_t p) {
+    return (p >> 24) >= 128;
+}
+
+// The largest channel difference of two covered pixels, unpremultiplied.
+int colourDistance(std::uint32_t p, std::uint32_t q) {
+    int distance = 0;
+    for (int shift = 0; shift < 24; shift += 8) {
+        const int a = int((p >> shift) & 255u) * 255 / int(p >> 24);
+        const int b = int((q >> shift) & 255u) * 255 / int(q >> 24);
+        distance = std::max(distance, std::abs(a - b));
+    }
+    return distance;
+}
+
+constexpr int kColourTolerance = 26;
 
 void writeSideBySide(const char* file, cairo_surface_t* ours, cairo_surface_t* reference) {
     const int w = cairo_image_surface_get_width(ours);
     const int h = cairo_image_surface_get_height(ours);
-    cairo_surface_t* out = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 3 * w + 8, h);
-    cairo_t* cr = cairo_create(out);
+    Surface out(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 3 * w + 8, h),
+                &cairo_surface_destroy);
+    cairo_t* cr = cairo_create(out.get());
     cairo_set_source_rgb(cr, 1, 1, 1);
     cairo_paint(cr);
     cairo_set_source_surface(cr, ours, 0, 0);
@@ -48,14 +72,15 @@ void writeSideBySide(const char* file, cairo_surface_t* ours, cairo_surface_t* r
     cairo_paint(cr);
     for (int y = 0; y < h; ++y) {
         for (int x = 0; x < w; ++x) {
-            const bool a = covered(ours, x, y);
-            const bool b = covered(reference, x, y);
-            if (a == b && !a) {
+            const std::uint32_t a = pixel(ours, x, y);
+            const std::uint32_t b = pixel(reference, x, y);
+            if (!covered(a) && !covered(b)) {
                 continue;
             }
-            if (a && b) {
-                cairo_set_source_rgb(cr, 0.8, 0.8, 0.8);
-            } else if (a) {
+            if (covered(a) && covered(b)) {
+                const bool agree = colourDistance(a, b) <= kColourTolerance;
+                cairo_set_source_rgb(cr, agree ? 0.8 : 0.9, agree ? 0.8 : 0.7, agree ? 0.8 : 0.0);
+            } else if (covered(a)) {
                 cairo_set_source_rgb(cr, 0.9, 0.1, 0.1);
             } else {
                 cairo_set_source_rgb(cr, 0.1, 0.2, 0.9);
@@ -65,49 +90,56 @@ void writeSideBySide(const char* file, cairo_surface_t* ours, cairo_surface_t* r
         }
     }
     cairo_destroy(cr);
-    cairo_surface_write_to_png(out, file);
-    cairo_surface_destroy(out);
+    cairo_surface_write_to_png(out.get(), file);
+}
+
+// "iou colour-share", or "na"; false when the pair cannot be compared.
+bool compare(const std::string& oursFile, const std::string& referenceFile,
+             const char* sideBySide) {
+    const Surface ours = loadPng(oursFile);
+    const Surface reference = loadPng(referenceFile);
+    if (!ours || !reference ||
+        cairo_image_surface_get_width(ours.get()) !=
+            cairo_image_surface_get_width(reference.get()) ||
+        cairo_image_surface_get_height(ours.get()) !=
+            cairo_image_surface_get_height(reference.get())) {
+        std::printf("na\n");
+        return false;
+    }
+    long both = 0, either = 0, agree = 0;
+    for (int y = 0; y < cairo_image_surface_get_height(ours.get()); ++y) {
+        for (int x = 0; x < cairo_image_surface_get_width(ours.get()); ++x) {
+            const std::uint32_t a = pixel(ours.get(), x, y);
+            const std::uint32_t b = pixel(reference.get(), x, y);
+            both += covered(a) && covered(b);
+            either += covered(a) || covered(b);
+            agree += covered(a) && covered(b) && colourDistance(a, b) <= kColourTolerance;
+        }
+    }
+    // Two empty pictures agree completely.
+    std::printf("%.4f %.4f\n", either == 0 ? 1.0 : double(both) / double(either),
+                both == 0 ? 1.0 : double(agree) / double(both));
+    if (sideBySide != nullptr) {
+        writeSideBySide(sideBySide, ours.get(), reference.get());
+    }
+    return true;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 2 && std::strcmp(argv[1], "--list") == 0) {
+        std::string ours, reference;
+        while (std::cin >> ours >> reference) {
+            compare(ours, reference, nullptr);
+        }
+        return 0;
+    }
     if (argc < 3 || argc > 4) {
-        std::fprintf(stderr, "usage: mask_iou OURS.png REFERENCE.png [SIDE_BY_SIDE.png]\n");
+        std::fprintf(stderr,
+                     "usage: mask_iou OURS.png REFERENCE.png [SIDE_BY_SIDE.png]\n"
+                     "       mask_iou --list  (pairs on standard input)\n");
         return 2;
     }
-    cairo_surface_t* ours = loadPng(argv[1]);
-    cairo_surface_t* reference = loadPng(argv[2]);
-    int status = 1;
-    if (ours && reference) {
-        const int w = cairo_image_surface_get_width(ours);
-        const int h = cairo_image_surface_get_height(ours);
-        if (w != cairo_image_surface_get_width(reference) ||
-            h != cairo_image_surface_get_height(reference)) {
-            std::fprintf(stderr, "sizes differ\n");
-        } else {
-            long both = 0, either = 0;
-            for (int y = 0; y < h; ++y) {
-                for (int x = 0; x < w; ++x) {
-                    const bool a = covered(ours, x, y);
-                    const bool b = covered(reference, x, y);
-                    both += a && b;
-                    either += a || b;
-                }
-            }
-            // Two empty pictures agree completely.
-            std::printf("%.4f\n", either == 0 ? 1.0 : double(both) / double(either));
-            if (argc == 4) {
-                writeSideBySide(argv[3], ours, reference);
-            }
-            status = 0;
-        }
-    }
-    if (ours) {
-        cairo_surface_destroy(ours);
-    }
-    if (reference) {
-        cairo_surface_destroy(reference);
-    }
-    return status;
+    return compare(argv[1], argv[2], argc == 4 ? argv[3] : nullptr) ? 0 : 1;
 }

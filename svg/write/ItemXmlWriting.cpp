@@ -1,6 +1,4 @@
 // Serialisation of the items: one element each, attributes in a fixed order.
-#include <libxml/xmlwriter.h>
-
 #include <algorithm>
 
 #include <tqSystem/tqLog.h>
@@ -22,26 +20,25 @@ namespace tq::svg {
 
 using tq::xml::XmlSaveContext;
 
-bool FailWrite(XmlSaveContext& context, int code, const char* message) {
-    context.errorCode = code;
+bool LogWriteFailure(const char* message) {
     tqLog::Log(tqLogObject(tqLogType::Error, "svg", message));
     return false;
 }
 
-bool WriteAttributeRaw(XmlSaveContext& context, const char* name, const char* value) {
-    if (xmlTextWriterWriteAttribute(context.writer, BAD_CAST name, BAD_CAST value) < 0) {
-        return FailWrite(context, SaveErrorAttribute, "Failed to write attribute");
-    }
-    return true;
+bool FailWrite(XmlSaveContext& context, int code, const char* message) {
+    context.errorCode = code;
+    return LogWriteFailure(message);
+}
+
+bool WriteAttribute(XmlSaveContext& context, const char* name, const char* value) {
+    return context.writeAttribute(name, value, SaveErrorAttribute) ||
+           LogWriteFailure("Failed to write attribute");
 }
 
 namespace {
 
 bool startElement(XmlSaveContext& context, const char* name, const char* failure) {
-    if (xmlTextWriterStartElement(context.writer, BAD_CAST name) < 0) {
-        return FailWrite(context, SaveErrorElementStart, failure);
-    }
-    return true;
+    return context.startElement(name, SaveErrorElementStart) || LogWriteFailure(failure);
 }
 
 // A float attribute left out when it equals 0.
@@ -120,7 +117,7 @@ bool ItemInterface::beginWriteAsXml(XmlSaveContext& context, const SaveOptions& 
     if (!beginWriteAsXmlImplPre(context, options)) {
         return false;
     }
-    if (mId && !WriteAttributeRaw(context, "id", mId->c_str())) {
+    if (mId && !WriteAttribute(context, "id", mId->c_str())) {
         return false;
     }
     if (!mProperties.writeAttributes(context, options)) {
@@ -134,10 +131,7 @@ bool ItemInterface::beginWriteAsXml(XmlSaveContext& context, const SaveOptions& 
 }
 
 bool ItemInterface::endWriteAsXml(XmlSaveContext& context, const SaveOptions&) const {
-    if (xmlTextWriterEndElement(context.writer) < 0) {
-        return FailWrite(context, SaveErrorElementEnd, "Generic end element failed");
-    }
-    return true;
+    return context.endElement(SaveErrorElementEnd) || LogWriteFailure("Generic end element failed");
 }
 
 bool ItemInterface::beginWriteAsXmlImplPost(XmlSaveContext&, const SaveOptions&) const {
@@ -156,7 +150,7 @@ bool Node::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions&) c
 
 bool Document::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
     if (!beginWriteAsXmlNodeWithName(context, "svg") ||
-        !WriteAttributeRaw(context, "xmlns", "http://www.w3.org/2000/svg")) {
+        !WriteAttribute(context, "xmlns", "http://www.w3.org/2000/svg")) {
         return false;
     }
     // A present but invalid box is left out silently.
@@ -176,14 +170,12 @@ bool Document::beginWriteAsXmlImplPost(XmlSaveContext& context, const SaveOption
     if (!startElement(context, "style", "Node failed begin")) {
         return false;
     }
-    xmlTextWriterWriteRaw(context.writer, BAD_CAST "\n/* <![CDATA[ */");
-    xmlTextWriterWriteRaw(context.writer, BAD_CAST mStyle->c_str());
-    xmlTextWriterWriteRaw(context.writer, BAD_CAST "\n/* ]]> */");
-    if (xmlTextWriterEndElement(context.writer) < 0) {
-        // The begin message for an end failure: deliberate.
-        return FailWrite(context, SaveErrorElementEnd, "Node failed begin");
-    }
-    return true;
+    // Deliberately unchecked: only the style element's start and end count as failures here.
+    context.writeRaw("\n/* <![CDATA[ */", XmlSaveContext::Unchecked);
+    context.writeRaw(mStyle->c_str(), XmlSaveContext::Unchecked);
+    context.writeRaw("\n/* ]]> */", XmlSaveContext::Unchecked);
+    // The begin message for an end failure: deliberate.
+    return context.endElement(SaveErrorElementEnd) || LogWriteFailure("Node failed begin");
 }
 
 bool Document::endWriteAsXml(XmlSaveContext& context, const SaveOptions& options) const {
@@ -218,8 +210,10 @@ bool Line::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& op
 }
 
 bool Path::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
-    return startElement(context, "path", "Path failed begin") &&
-           WriteAttributeRaw(context, "d", buildPathData(commands, options).c_str());
+    if (!startElement(context, "path", "Path failed begin")) {
+        return false;
+    }
+    return WriteAttribute(context, "d", buildPathData(commands, options).c_str());
 }
 
 bool Image::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
@@ -231,7 +225,7 @@ bool Image::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& o
         !writeIfNonZero(context, options, "y", position.Y()) ||
         !Helpers::writeAttributeFloatValue(context, options, "width", size.X()) ||
         !Helpers::writeAttributeFloatValue(context, options, "height", size.Y()) ||
-        !WriteAttributeRaw(context, "href", href.c_str())) {
+        !WriteAttribute(context, "href", href.c_str())) {
         return false;
     }
     // "none" reads as 0 and is therefore not written back: deliberate.
@@ -249,16 +243,16 @@ bool Text::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& op
         !writeIfNonZero(context, options, "y", position.Y())) {
         return false;
     }
-    if (fontFamily && !WriteAttributeRaw(context, "font-family", fontFamily->c_str())) {
+    if (fontFamily && !WriteAttribute(context, "font-family", fontFamily->c_str())) {
         return false;
     }
-    if (bold.value_or(false) && !WriteAttributeRaw(context, "font-weight", "bold")) {
+    if (bold.value_or(false) && !WriteAttribute(context, "font-weight", "bold")) {
         return false;
     }
-    if (italic.value_or(false) && !WriteAttributeRaw(context, "font-style", "italic")) {
+    if (italic.value_or(false) && !WriteAttribute(context, "font-style", "italic")) {
         return false;
     }
-    if (underline.value_or(false) && !WriteAttributeRaw(context, "text-decoration", "underline")) {
+    if (underline.value_or(false) && !WriteAttribute(context, "text-decoration", "underline")) {
         return false;
     }
     if (fontSize && !Helpers::writeAttributeFloatValue(context, options, "font-size", *fontSize)) {
@@ -269,7 +263,7 @@ bool Text::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& op
         return false;
     }
     if (xmlSpacePreserve &&
-        !WriteAttributeRaw(context, "xml:space", *xmlSpacePreserve ? "preserve" : "default")) {
+        !WriteAttribute(context, "xml:space", *xmlSpacePreserve ? "preserve" : "default")) {
         return false;
     }
     return true;
@@ -283,8 +277,8 @@ bool Text::endWriteAsXml(XmlSaveContext& context, const SaveOptions& options) co
     if (!tqStringUtils::IsUtf8String(text)) {
         return FailWrite(context, SaveErrorElementEnd, "Text content was not utf8");
     }
-    if (xmlTextWriterWriteString(context.writer, BAD_CAST text.c_str()) == -1) {
-        return FailWrite(context, SaveErrorElementEnd, "Text failed write content");
+    if (!context.writeText(text.c_str(), SaveErrorElementEnd)) {
+        return LogWriteFailure("Text failed write content");
     }
     return ItemInterface::endWriteAsXml(context, options);
 }
@@ -304,10 +298,10 @@ bool RenderingProperties::writeAttributes(XmlSaveContext& context,
         !writeAttributeFloatValue(context, options, "stroke-opacity", *strokeOpacity)) {
         return false;
     }
-    if (stroke && !stroke->empty() && !WriteAttributeRaw(context, "stroke", stroke->c_str())) {
+    if (stroke && !stroke->empty() && !WriteAttribute(context, "stroke", stroke->c_str())) {
         return false;
     }
-    if (fill && !fill->empty() && !WriteAttributeRaw(context, "fill", fill->c_str())) {
+    if (fill && !fill->empty() && !WriteAttribute(context, "fill", fill->c_str())) {
         return false;
     }
     if (fillOpacity && !writeAttributeFloatValue(context, options, "fill-opacity", *fillOpacity)) {
@@ -353,7 +347,7 @@ bool RenderingProperties::writeAttributes(XmlSaveContext& context,
             }
         }
         if (!writeAttributeString(context, options, "vector-effect",
-                                  keywords.empty() ? "none" : keywords)) {
+                                  keywords.empty() ? "none" : keywords.c_str())) {
             return false;
         }
     }

@@ -1,5 +1,3 @@
-#include <libxml/xmlwriter.h>
-
 #include <tqSystem/SoftwareVersionInfoForStream.h>
 #include <tqSystem/tqDirUtils.h>
 #include <tqSystem/tqIoDeviceFileStream.h>
@@ -21,17 +19,11 @@ SvgSaveWriter::SvgSaveWriter(tqIoDevice& device, const ItemInterface& root,
 bool SvgSaveWriter::writeHeader() {
     // Written as text rather than through xmlTextWriterStartDocument: that call spells the
     // encoding "UTF-8" and routes every later byte through a UTF-8 to UTF-8 converter.
-    if (xmlTextWriterWriteRaw(mContext.writer,
-                              BAD_CAST "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n") < 0) {
-        mContext.errorCode = SaveErrorHeader;
+    if (!mContext.writeRaw("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n", SaveErrorHeader)) {
         return false;
     }
     const auto comment = [&](const std::string& text) {
-        if (xmlTextWriterWriteComment(mContext.writer, BAD_CAST text.c_str()) < 0) {
-            mContext.errorCode = SaveErrorHeader;
-            return false;
-        }
-        return true;
+        return mContext.writeComment(text.c_str(), SaveErrorHeader);
     };
     if (mOptions.writeHeader &&
         (!comment("Exporter : " + GetSoftwareVersionForStream().toString()) ||
@@ -82,7 +74,7 @@ void SvgSaveWriter::writeTree() {
 }
 
 bool SvgSaveWriter::write() {
-    if (mContext.writer == nullptr) {
+    if (!mContext.isValid()) {
         mContext.errorCode = SaveErrorHeader;
         return false;
     }
@@ -90,9 +82,7 @@ bool SvgSaveWriter::write() {
         writeTree();
     }
     if (mContext.errorCode == 0) {
-        if (xmlTextWriterEndDocument(mContext.writer) < 0) {
-            mContext.errorCode = SaveErrorDocumentEnd;
-        } else {
+        if (mContext.endDocument(SaveErrorDocumentEnd)) {
             mContext.flushBufferToDevice(mDevice, 0);
         }
     }

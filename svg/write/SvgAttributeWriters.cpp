@@ -1,7 +1,5 @@
 #include "svg/write/SvgAttributeWriters.h"
 
-#include <libxml/xmlwriter.h>
-
 #include <cstring>
 
 #include <tqSystem/tqLog.h>
@@ -37,7 +35,7 @@ void appendSvgNumber(std::string& out, float value, const SaveOptions& options) 
 
 bool writeAttributeString(tq::xml::XmlSaveContext& context, const SaveOptions&, const char* name,
                           const char* value) {
-    return WriteAttributeRaw(context, name, value);
+    return WriteAttribute(context, name, value);
 }
 
 bool writeAttributeString(tq::xml::XmlSaveContext& context, const SaveOptions& options,

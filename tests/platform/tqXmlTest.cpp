@@ -112,10 +112,42 @@ TEST(ParseXmlStream, CancelAndDeviceFailuresStop) {
 TEST(XmlSaveContext, EachFlushWritesWhatWasAddedSinceTheLast) {
     XmlSaveContext context(false);
     tqIoDeviceMemory device;
-    xmlTextWriterStartElement(context.writer, BAD_CAST "a");
-    xmlTextWriterWriteString(context.writer, BAD_CAST "text");
+    EXPECT_TRUE(context.startElement("a", 1) && context.writeText("text", 1));
+    EXPECT_TRUE(context.flushBufferToDevice(device, 100) && device.getContent().empty());
     EXPECT_TRUE(context.flushBufferToDevice(device, 0));
-    xmlTextWriterEndElement(context.writer);
-    EXPECT_TRUE(context.flushBufferToDevice(device, 0));
+    EXPECT_TRUE(context.endElement(1) && context.flushBufferToDevice(device, 0));
     EXPECT_EQ(device.getContent(), "<a>text</a>");
+    EXPECT_EQ(context.errorCode, 0);
+}
+
+// Values that need no escaping skip libxml2's escaper; the bytes must be what it writes.
+TEST(XmlSaveContext, AttributesAreWrittenAsLibxml2WritesThem) {
+    const char* values[] = {"",     "M0 0L1-2.5e+20Z", "a\"b",     "<&>",  "a\tb\nc\rd", "\x01\x1f",
+                            "\x7f", "\xc3\xa9",        "\xe2\x82", "x\xff"};
+    for (const char* value : values) {
+        XmlSaveContext ours(true), theirs(true);
+        tqIoDeviceMemory a, b;
+        ours.startElement("e", 1);
+        ours.writeAttribute("v", value, 6);
+        xmlTextWriterStartElement(theirs.writer(), BAD_CAST "e");
+        xmlTextWriterWriteAttribute(theirs.writer(), BAD_CAST "v", BAD_CAST value);
+        for (XmlSaveContext* context : {&ours, &theirs}) {
+            context->startElement("c", 1);
+            context->endDocument(3);
+        }
+        ours.flushBufferToDevice(a, 0);
+        theirs.flushBufferToDevice(b, 0);
+        EXPECT_EQ(a.getContent(), b.getContent()) << value;
+        EXPECT_EQ(ours.errorCode, 0) << value;
+    }
+}
+
+TEST(XmlSaveContext, FailuresSetTheGivenCodeUnlessUnchecked) {
+    XmlSaveContext context(false);
+    EXPECT_FALSE(context.endElement(XmlSaveContext::Unchecked));
+    EXPECT_EQ(context.errorCode, 0);
+    EXPECT_FALSE(context.endElement(5));
+    EXPECT_EQ(context.errorCode, 5);
+    EXPECT_FALSE(context.writeAttribute("a", "b", 6));  // no element open
+    EXPECT_EQ(context.errorCode, 6);
 }

@@ -14,10 +14,14 @@ enum SaveErrorCode {
     SaveErrorAttribute = 6,     // an attribute
 };
 
-// Sets the code, logs `message` under "svg" and returns false.
+// Logs `message` under "svg" and returns false; the context's write has set the code.
+bool LogWriteFailure(const char* message);
+
+// Sets the code, logs `message` under "svg" and returns false: for failures that no write
+// reported.
 bool FailWrite(tq::xml::XmlSaveContext& context, int code, const char* message);
 
-// Writes one attribute directly through the writer; code 6 and its log line on failure.
-bool WriteAttributeRaw(tq::xml::XmlSaveContext& context, const char* name, const char* value);
+// Writes one attribute with its text as it stands; code 6 and its log line on failure.
+bool WriteAttribute(tq::xml::XmlSaveContext& context, const char* name, const char* value);
 
 }  // namespace tq::svg

@@ -138,7 +138,8 @@ void tqStringUtils::appendFloat(std::string& out, float value, int precision, Fl
     if (format == FloatFormat::Compact && (precision < 0 || precision >= 9)) {
         // The common case, straight into the output.
         char buffer[64];
-        out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);
+        const char* end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
+        out.append(buffer, static_cast<std::size_t>(end - buffer));
         return;
     }
     switch (format) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 
 #include "tqXml/tqXmlExport.h"
 
@@ -56,6 +57,10 @@ public:
     // False when the writer could not be created; every write then fails.
     bool isValid() const { return mWriter != nullptr; }
 
+    // A text buffer that callers reuse to build attribute values, so that a save allocates once
+    // rather than once per element. What it holds between uses means nothing.
+    std::string& scratch() { return mScratch; }
+
     // The libxml2 writer itself: the escape hatch for a host that writes what the methods above
     // do not cover. Its bytes land in the same buffer, but its failures set no error code.
     xmlTextWriterPtr writer() const { return mWriter.get(); }
@@ -71,6 +76,7 @@ private:
 
     std::unique_ptr<xmlTextWriter, FreeWriter> mWriter;  // frees its output buffer too
     xmlOutputBufferPtr mOutput = nullptr;                // the writer's, read when flushing
+    std::string mScratch;
 };
 
 }  // namespace tq::xml

@@ -52,17 +52,23 @@ bool isDigit(char c) {
 }
 
 // Appends one number or flag of path data with the separator rule: a space between tokens when
-// indenting, otherwise only where a digit would touch a digit.
+// indenting, otherwise only where a digit would touch a digit. The space goes in before the
+// token and comes out again when the token starts with a sign, so that the common case moves
+// no bytes.
 void appendToken(std::string& d, float value, bool flag, const SaveOptions& options) {
+    const bool afterDigit = !d.empty() && isDigit(d.back());
+    const bool spaced = !d.empty() && (options.indent || afterDigit);
+    if (spaced) {
+        d += ' ';
+    }
     const std::size_t start = d.size();
-    const bool afterDigit = start != 0 && isDigit(d.back());
     if (flag) {
         d += value == 0.0f ? '0' : '1';
     } else {
         Helpers::appendSvgNumber(d, value, options);
     }
-    if (start != 0 && (options.indent || (afterDigit && isDigit(d[start])))) {
-        d.insert(start, 1, ' ');
+    if (spaced && !options.indent && !isDigit(d[start])) {
+        d.erase(start - 1, 1);
     }
 }
 
@@ -84,9 +90,10 @@ bool repeatsImplicitly(Path::CommandType type, int previous) {
     }
 }
 
-std::string buildPathData(const std::list<Path::Command>& commands, const SaveOptions& options) {
-    std::string d;
-    d.reserve(commands.size() * 24);
+// Builds the "d" text into `d`, which keeps its capacity from one path to the next.
+void buildPathData(std::string& d, const std::list<Path::Command>& commands,
+                   const SaveOptions& options) {
+    d.clear();
     int previous = -1;
     for (const Path::Command& command : commands) {
         const auto index = static_cast<std::size_t>(command.type);
@@ -106,7 +113,6 @@ std::string buildPathData(const std::list<Path::Command>& commands, const SaveOp
         }
         previous = static_cast<int>(index);
     }
-    return d;
 }
 
 }  // namespace
@@ -213,7 +219,9 @@ bool Path::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& op
     if (!startElement(context, "path", "Path failed begin")) {
         return false;
     }
-    return WriteAttribute(context, "d", buildPathData(commands, options).c_str());
+    std::string& d = context.scratch();
+    buildPathData(d, commands, options);
+    return WriteAttribute(context, "d", d.c_str());
 }
 
 bool Image::beginWriteAsXmlImplPre(XmlSaveContext& context, const SaveOptions& options) const {
@@ -339,7 +347,8 @@ bool RenderingProperties::writeAttributes(XmlSaveContext& context,
             {VectorEffect::NonScalingSize, "non-scaling-size"},
             {VectorEffect::NonRotation, "non-rotation"},
             {VectorEffect::FixedPosition, "fixed-position"}};
-        std::string keywords;
+        std::string& keywords = context.scratch();
+        keywords.clear();
         for (const auto& [bit, keyword] : kEffects) {
             if ((*vectorEffect & bit) != VectorEffect::None) {
                 keywords += keywords.empty() ? "" : " ";

@@ -28,8 +28,8 @@ void appendSvgNumber(std::string& out, float value, const SaveOptions& options) 
     const std::size_t start = out.size();
     tqStringUtils::appendFloat(out, value, options.floatPrecision,
                                tqStringUtils::FloatFormat::Compact);
-    if (out.compare(start, std::string::npos, "-0") == 0) {
-        out.replace(start, 2, "0");
+    if (out.size() - start == 2 && out[start] == '-' && out[start + 1] == '0') {
+        out.erase(start, 1);
     }
 }
 
@@ -43,21 +43,29 @@ bool writeAttributeString(tq::xml::XmlSaveContext& context, const SaveOptions& o
     return writeAttributeString(context, options, name, value.c_str());
 }
 
+// The values below are built in the context's scratch text, which keeps its capacity from one
+// attribute to the next.
+
 bool writeAttributeFloatValue(tq::xml::XmlSaveContext& context, const SaveOptions& options,
                               const char* name, float value) {
-    return writeAttributeString(context, options, name, floatToSvgNumber(value, options));
+    std::string& text = context.scratch();
+    text.clear();
+    appendSvgNumber(text, value, options);
+    return writeAttributeString(context, options, name, text);
 }
 
 bool writeAttributeUnitValue(tq::xml::XmlSaveContext& context, const SaveOptions& options,
                              const char* name, const UnitValue& value) {
-    std::string text;
+    std::string& text = context.scratch();
+    text.clear();
     appendUnitValue(text, value, options);
     return writeAttributeString(context, options, name, text);
 }
 
 bool writeAttributeUnitValues(tq::xml::XmlSaveContext& context, const SaveOptions& options,
                               const char* name, const std::vector<UnitValue>& values) {
-    std::string text;
+    std::string& text = context.scratch();
+    text.clear();
     for (const UnitValue& value : values) {
         if (!text.empty()) {
             text += ' ';
@@ -69,9 +77,14 @@ bool writeAttributeUnitValues(tq::xml::XmlSaveContext& context, const SaveOption
 
 bool writeAttributeBox(tq::xml::XmlSaveContext& context, const SaveOptions& options,
                        const char* name, float x, float y, float width, float height) {
-    const std::string text = floatToSvgNumber(x, options) + " " + floatToSvgNumber(y, options) +
-                             " " + floatToSvgNumber(width, options) + " " +
-                             floatToSvgNumber(height, options);
+    std::string& text = context.scratch();
+    text.clear();
+    for (const float value : {x, y, width, height}) {
+        if (!text.empty()) {
+            text += ' ';
+        }
+        appendSvgNumber(text, value, options);
+    }
     return writeAttributeString(context, options, name, text);
 }
 
@@ -92,7 +105,8 @@ bool writeAttributeTransform(tq::xml::XmlSaveContext& context, const SaveOptions
     // Column by column from the first two rows: SVG's a b c d e f.
     const float values[6] = {matrix(0, 0), matrix(1, 0), matrix(0, 1),
                              matrix(1, 1), matrix(0, 2), matrix(1, 2)};
-    std::string text = "matrix(";
+    std::string& text = context.scratch();
+    text = "matrix(";
     for (int i = 0; i < 6; ++i) {
         if (i > 0) {
             text += ' ';

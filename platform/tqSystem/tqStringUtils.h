@@ -3,6 +3,7 @@
 
 #include <locale.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,10 @@ public:
     static std::string fromFloat(float value, int precision, FloatFormat format);
     // The same text appended to `out`, without a temporary string.
     static void appendFloat(std::string& out, float value, int precision, FloatFormat format);
+    // The Compact text written at `out`, which must have room for CompactFloatRoom bytes (the
+    // text is shorter; the bytes after it may be overwritten). Returns the end of the text.
+    static constexpr std::size_t CompactFloatRoom = 64;
+    static char* writeCompactFloat(char* out, float value, int precision);
 
     // Decimal with at least `minDigits` digits, zero-padded after any sign.
     static std::string fromInt64(int64 value, int minDigits);

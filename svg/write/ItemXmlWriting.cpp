@@ -1,5 +1,6 @@
 // Serialisation of the items: one element each, attributes in a fixed order.
 #include <algorithm>
+#include <cmath>
 
 #include <tqSystem/tqLog.h>
 #include <tqSystem/tqStringUtils.h>
@@ -51,27 +52,6 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Appends one number or flag of path data with the separator rule: a space between tokens when
-// indenting, otherwise only where a digit would touch a digit. The space goes in before the
-// token and comes out again when the token starts with a sign, so that the common case moves
-// no bytes.
-void appendToken(std::string& d, float value, bool flag, const SaveOptions& options) {
-    const bool afterDigit = !d.empty() && isDigit(d.back());
-    const bool spaced = !d.empty() && (options.indent || afterDigit);
-    if (spaced) {
-        d += ' ';
-    }
-    const std::size_t start = d.size();
-    if (flag) {
-        d += value == 0.0f ? '0' : '1';
-    } else {
-        Helpers::appendSvgNumber(d, value, options);
-    }
-    if (spaced && !options.indent && !isDigit(d[start])) {
-        d.erase(start - 1, 1);
-    }
-}
-
 // Whether the letter of `type` may be left out after `previous`: lines repeat implicitly after a
 // moveto of the same kind of coordinates, curves and arcs after themselves.
 bool repeatsImplicitly(Path::CommandType type, int previous) {
@@ -90,29 +70,54 @@ bool repeatsImplicitly(Path::CommandType type, int previous) {
     }
 }
 
-// Builds the "d" text into `d`, which keeps its capacity from one path to the next.
+// Builds the "d" text into `d`, which keeps its capacity from one path to the next. The string
+// is used as a buffer: each command first makes room for its longest text, which is then
+// written through a pointer, so that a token costs no call on the string.
+//
+// Separators: a space between tokens when indenting, otherwise only where a digit would touch a
+// digit. A number's text starts with a digit exactly when it is finite and not negative (-0 is
+// written 0), so the separator is known before the number is written.
 void buildPathData(std::string& d, const std::list<Path::Command>& commands,
                    const SaveOptions& options) {
-    d.clear();
+    constexpr std::size_t kCommandRoom = 2 + 7 * (1 + tqStringUtils::CompactFloatRoom);
+    std::size_t length = 0;
     int previous = -1;
+    d.clear();
     for (const Path::Command& command : commands) {
         const auto index = static_cast<std::size_t>(command.type);
         if (index >= std::size(Path::CommandValueCounts)) {
             continue;
         }
+        if (d.size() < length + kCommandRoom) {
+            d.resize(std::max(2 * d.size(), length + kCommandRoom));
+        }
+        char* const begin = &d[0];
+        char* p = begin + length;
         if (!repeatsImplicitly(command.type, previous)) {
-            if (options.indent && !d.empty()) {
-                d += ' ';
+            if (options.indent && p != begin) {
+                *p++ = ' ';
             }
-            d += Path::CommandLetters[index];
+            *p++ = Path::CommandLetters[index];
         }
         const std::size_t count =
             std::min<std::size_t>(Path::CommandValueCounts[index], command.values.size());
         for (std::size_t i = 0; i < count; ++i) {
-            appendToken(d, command.values[i], Path::IsFlag(command.type, i), options);
+            const float value = command.values[i];
+            const bool flag = Path::IsFlag(command.type, i);
+            const bool digitFirst = flag || (std::isfinite(value) && !(value < 0));
+            if (p != begin && (options.indent || (digitFirst && isDigit(p[-1])))) {
+                *p++ = ' ';
+            }
+            if (flag) {
+                *p++ = value == 0.0f ? '0' : '1';
+            } else {
+                p = WriteSvgNumber(p, value, options);
+            }
         }
+        length = static_cast<std::size_t>(p - begin);
         previous = static_cast<int>(index);
     }
+    d.resize(length);
 }
 
 }  // namespace

@@ -25,12 +25,8 @@ std::string floatToSvgNumber(float value, const SaveOptions& options) {
 }
 
 void appendSvgNumber(std::string& out, float value, const SaveOptions& options) {
-    const std::size_t start = out.size();
-    tqStringUtils::appendFloat(out, value, options.floatPrecision,
-                               tqStringUtils::FloatFormat::Compact);
-    if (out.size() - start == 2 && out[start] == '-' && out[start + 1] == '0') {
-        out.erase(start, 1);
-    }
+    char text[tqStringUtils::CompactFloatRoom];
+    out.append(text, static_cast<std::size_t>(WriteSvgNumber(text, value, options) - text));
 }
 
 bool writeAttributeString(tq::xml::XmlSaveContext& context, const SaveOptions&, const char* name,
@@ -130,3 +126,16 @@ bool writeAttributeUnsignedInt(tq::xml::XmlSaveContext& context, const SaveOptio
 }
 
 }  // namespace tq::svg::Helpers
+
+namespace tq::svg {
+
+char* WriteSvgNumber(char* out, float value, const SaveOptions& options) {
+    char* end = tqStringUtils::writeCompactFloat(out, value, options.floatPrecision);
+    if (end - out == 2 && out[0] == '-' && out[1] == '0') {
+        out[0] = '0';
+        return out + 1;
+    }
+    return end;
+}
+
+}  // namespace tq::svg

@@ -1,7 +1,9 @@
-// Shared failure reporting of the writers (internal).
+// What the writers share internally: failure reporting and the number writer.
 #pragma once
 
 #include <tqXml/XmlSaveContext.h>
+
+#include "svg/model/SaveOptions.h"
 
 namespace tq::svg {
 
@@ -23,5 +25,9 @@ bool FailWrite(tq::xml::XmlSaveContext& context, int code, const char* message);
 
 // Writes one attribute with its text as it stands; code 6 and its log line on failure.
 bool WriteAttribute(tq::xml::XmlSaveContext& context, const char* name, const char* value);
+
+// Helpers::floatToSvgNumber's text written at `out`, which must have room for
+// tqStringUtils::CompactFloatRoom bytes; returns its end.
+char* WriteSvgNumber(char* out, float value, const SaveOptions& options);
 
 }  // namespace tq::svg

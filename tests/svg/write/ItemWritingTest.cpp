@@ -33,12 +33,10 @@ Path::Command command(Path::CommandType type, std::vector<float> values) {
 
 }  // namespace
 
+// The digits are tqStringUtils's (tested there); the writer adds only the -0 rule.
 TEST(NumberFormat, ShortestTextAndNoNegativeZero) {
-    const SaveOptions defaults;
-    EXPECT_EQ(Helpers::floatToSvgNumber(-0.0f, defaults), "0");
-    EXPECT_EQ(Helpers::floatToSvgNumber(0.1f, defaults), "0.1");
-    EXPECT_EQ(Helpers::floatToSvgNumber(-2.5f, defaults), "-2.5");
-    EXPECT_EQ(Helpers::floatToSvgNumber(1e20f, defaults), "1e+20");
+    EXPECT_EQ(Helpers::floatToSvgNumber(-0.0f, SaveOptions()), "0");
+    EXPECT_EQ(Helpers::floatToSvgNumber(-2.5f, SaveOptions()), "-2.5");
     SaveOptions three;
     three.floatPrecision = 3;
     EXPECT_EQ(Helpers::floatToSvgNumber(3.14159f, three), "3.14");

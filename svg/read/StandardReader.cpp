@@ -13,8 +13,8 @@
 #include "svg/model/Rect.h"
 #include "svg/model/Text.h"
 #include "svg/path/detail/PathData.h"
-#include "svg/read/AttributeParsers.h"
-#include "svg/read/Loader.h"
+#include "svg/read/detail/AttributeParsers.h"
+#include "svg/read/detail/Loader.h"
 #include "svg/read/detail/ParserMessages.h"
 #include "svg/read/detail/StandardShapes.h"
 

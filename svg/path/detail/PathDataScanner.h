@@ -34,7 +34,7 @@
 #include <tqSystem/tqStringUtils.h>
 
 #include "svg/model/Path.h"
-#include "svg/model/SvgNumber.h"
+#include "svg/model/detail/SvgNumber.h"
 #include "svg/model/detail/ExactDecimal.h"
 
 namespace tq::svg::detail {

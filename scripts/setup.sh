@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and the tool need, only where missing.
 # Idempotent; runs as root (no sudo) or through sudo when it is there.
+#   scripts/setup.sh            building, testing, the tool and the benchmarks
+#   scripts/setup.sh --fuzz     also clang and its fuzzing and sanitizer runtimes
 set -euo pipefail
 
 packages=(
@@ -9,6 +11,9 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev libglu1-mesa-dev librsvg2-bin
     clang-format locales python3
 )
+if [ "${1:-}" = --fuzz ]; then
+    packages+=(clang libclang-rt-14-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -34,8 +34,8 @@
 #include <tqSystem/tqStringUtils.h>
 
 #include "svg/model/Path.h"
-#include "svg/model/detail/SvgNumber.h"
 #include "svg/model/detail/ExactDecimal.h"
+#include "svg/model/detail/SvgNumber.h"
 
 namespace tq::svg::detail {
 

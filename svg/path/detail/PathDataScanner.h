@@ -148,6 +148,10 @@ private:
 
     // ---- numbers -------------------------------------------------------------------------------
 
+    static bool startsRun(char c) {
+        return isDigit(c) || c == 'e' || c == 'E' || c == '+' || c == '-' || c == '.';
+    }
+
     // Whether `c` may extend a subset number run that began at `runStart` and reached `at`.
     static bool extendsRun(char c, const char* runStart, const char* at, bool point) {
         return isDigit(c) || c == 'e' || c == 'E' ||
@@ -164,29 +168,26 @@ private:
             negative = *p == '-';
             ++p;
         }
+        // Every digit goes into the mantissa; leading zeros add nothing to it, and a number of
+        // more than 19 digits, leading zeros included, takes the general conversion.
         std::uint64_t mantissa = 0;
-        int significant = 0;
-        int exponent = 0;
-        anyDigit = false;
-        point = false;
+        const char* digits = p;
         for (; p != end && isDigit(*p); ++p) {
-            anyDigit = true;
-            if (mantissa != 0 || *p != '0') {
+            mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+        }
+        std::ptrdiff_t count = p - digits;
+        int exponent = 0;
+        point = p != end && *p == '.';
+        if (point) {
+            const char* fraction = ++p;
+            for (; p != end && isDigit(*p); ++p) {
                 mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
-                ++significant;
             }
+            exponent = -static_cast<int>(std::min<std::ptrdiff_t>(p - fraction, 100000));
+            count += p - fraction;
         }
-        if (p != end && *p == '.') {
-            point = true;
-            for (++p; p != end && isDigit(*p); ++p) {
-                anyDigit = true;
-                if (mantissa != 0 || *p != '0') {
-                    mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
-                    ++significant;
-                }
-                --exponent;
-            }
-        }
+        anyDigit = count > 0;
+        const int significant = static_cast<int>(std::min<std::ptrdiff_t>(count, 100));
         if (anyDigit && p != end && (*p == 'e' || *p == 'E')) {
             const char* q = p + 1;
             bool negativeExponent = false;
@@ -298,6 +299,10 @@ private:
     }
 
     Match consumeGroup(const char*& pos, float* values, int count) const {
+        // No number run starts here: the common end of a command, told without scanning.
+        if (pos == mEnd || !startsRun(peek(pos))) {
+            return NoMatch;
+        }
         const Match first = consumeNumber(pos, values[0]);
         if (first != Matched) {
             return first;
@@ -322,9 +327,11 @@ private:
         for (const char* letter = letters; *letter != '\0' && !listed; ++letter) {
             listed = c == *letter;
         }
-        if (!listed) {
-            return NoMatch;
-        }
+        return listed ? consumeGroups(pos) : NoMatch;
+    }
+
+    // The groups after the command letter at `pos`.
+    Match consumeGroups(const char*& pos) {
         const char letter = *pos++;
         const int count = PathGroupSize(letter, false);
         skipSpace(pos);
@@ -412,32 +419,35 @@ private:
         return Matched;
     }
 
+    // The letters are disjoint, so the command is chosen by its letter at once.
     Match consumeDrawToCommand(const char*& pos) {
         skipSpace(pos);
         if (pos == mEnd) {
             return NoMatch;
         }
-        Match result = consumeCommandWithGroups(pos, "Ll");
-        if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "HhVv");
-        }
-        if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "Cc");
-        }
-        if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "Ss");
-        }
-        if (result == NoMatch) {
-            result = consumeClosePath(pos);
-        }
-        if (result == NoMatch) {
-            result = consumeEllipticalArcs(pos);
-        }
-        if (result != NoMatch) {
-            return result;
-        }
-        if (*pos == 'M' || *pos == 'm') {
-            return NoMatch;  // a new moveto group begins
+        switch (peek(pos)) {
+            case 'L':
+            case 'l':
+            case 'H':
+            case 'h':
+            case 'V':
+            case 'v':
+            case 'C':
+            case 'c':
+            case 'S':
+            case 's':
+                return consumeGroups(pos);
+            case 'Z':
+            case 'z':
+                return consumeClosePath(pos);
+            case 'A':
+            case 'a':
+                return consumeEllipticalArcs(pos);
+            case 'M':
+            case 'm':
+                return NoMatch;  // a new moveto group begins
+            default:
+                break;
         }
         mError += "Unsupported command in path @" +
                   tqStringUtils::fromInt64(static_cast<int64>(pos - mBegin), 1) + " : " +

@@ -72,9 +72,22 @@ std::int64_t roundedQuotient(Int128 num, Int128 den) {
     return static_cast<std::int64_t>(num >= 0 ? (num + half) / den : -((-num + half) / den));
 }
 
-// Sorts `items` by an unsigned key of `bits` bits, stably, in passes of 11 bits. Vertex and
-// segment lists from outlines are full of runs and mirrored runs, on which std::sort falls back
-// to heap sort; a radix sort costs the same on every input.
+// Rounds v >= 0 (below 2^62) to the nearest integer, halves up: what std::llround gives there,
+// without the library call. The difference v - trunc(v) is exact in double.
+std::int64_t roundNonNegative(double v) {
+    const auto whole = static_cast<std::int64_t>(v);
+    return whole + (v - double(whole) >= 0.5 ? 1 : 0);
+}
+
+// Whether the boxes of the segments a-b and c-d are apart. Such segments cannot cross, and
+// neither passes through the pixel of an end of the other: an integer point outside a segment's
+// box lies a whole step off it, and its pixel is only half a step wide.
+bool boxesApart(const GridPoint& a, const GridPoint& b, const GridPoint& c, const GridPoint& d) {
+    return std::max(a.x, b.x) < std::min(c.x, d.x) || std::max(c.x, d.x) < std::min(a.x, b.x) ||
+           std::max(a.y, b.y) < std::min(c.y, d.y) || std::max(c.y, d.y) < std::min(a.y, b.y);
+}
+
+// Sorts `items` by an unsigned key of `bits` bits, stably, in passes of 11 bits.
 template <class T, class Key>
 void radixSort(std::vector<T>& items, int bits, Key key) {
     constexpr int kDigit = 11;
@@ -104,6 +117,55 @@ int bitsFor(std::uint64_t max) {
         ++bits;
     }
     return bits;
+}
+
+// Sorts `items` by an unsigned key of `bits` bits, stably. Outlines list their vertices along
+// contours, so keys mostly come in long rising and falling runs: the falling ones are reversed
+// (they hold no equal keys) and the runs merged pairwise, which is linear on a convex contour.
+// Many short runs (noise, segment soups) go to a radix sort, whose cost does not depend on the
+// order but which pays for its buckets on small inputs. (std::sort falls back to heap sort on
+// outline orders.)
+template <class T, class Key>
+void sortByKey(std::vector<T>& items, int bits, Key key) {
+    const std::size_t n = items.size();
+    std::vector<std::size_t> runs{0};  // run boundaries
+    for (std::size_t begin = 0; begin < n;) {
+        std::size_t end = begin + 1;
+        if (end < n && key(items[end]) < key(items[begin])) {
+            while (end < n && key(items[end]) < key(items[end - 1])) {
+                ++end;
+            }
+            std::reverse(items.begin() + begin, items.begin() + end);
+        } else {
+            while (end < n && !(key(items[end]) < key(items[end - 1]))) {
+                ++end;
+            }
+        }
+        runs.push_back(end);
+        begin = end;
+    }
+    if (n > 4096 && runs.size() > n / 16) {
+        radixSort(items, bits, key);
+        return;
+    }
+    const auto less = [&key](const T& l, const T& r) { return key(l) < key(r); };
+    std::vector<T> scratch(n);
+    while (runs.size() > 2) {
+        std::size_t kept = 0, r = 0;
+        for (; r + 2 < runs.size(); r += 2) {
+            std::merge(items.begin() + runs[r], items.begin() + runs[r + 1],
+                       items.begin() + runs[r + 1], items.begin() + runs[r + 2],
+                       scratch.begin() + runs[r], less);
+            runs[kept++] = runs[r];
+        }
+        if (r + 1 < runs.size()) {  // the last run, left without a partner
+            std::copy(items.begin() + runs[r], items.end(), scratch.begin() + runs[r]);
+            runs[kept++] = runs[r];
+        }
+        runs[kept++] = n;
+        runs.resize(kept);
+        items.swap(scratch);
+    }
 }
 
 // Where the lines through a-b and c-d cross, from the float coordinates (so that a crossing on a
@@ -149,8 +211,7 @@ public:
         std::uint32_t region;  // union-find parent; the root names the region
     };
 
-    void build(const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices,
-               bool skipDegenerate);
+    void build(const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices);
     void emit(TriangulationFillRule rule, std::vector<Wm4::Vector2f>& outPoints,
               std::vector<unsigned int>& outIndices);
 
@@ -161,22 +222,28 @@ private:
         int weight;
     };
 
+    // A point where a segment is to be cut.
+    struct Cut {
+        std::uint32_t segment;
+        std::uint32_t vertex;
+    };
+
+    struct Incidence;
+    struct SegmentOrder;
+    class Sweep;
+
     std::uint32_t addPoint(const GridPoint& grid, const Wm4::Vector2f& position);
-    std::vector<std::uint32_t> addOutlineVertices(const std::vector<Wm4::Vector2f>& points,
-                                                  const std::vector<unsigned int>& indices);
+    std::vector<std::uint32_t> numberOutlineVertices(const std::vector<Wm4::Vector2f>& points,
+                                                     const std::vector<unsigned int>& indices);
     GridPoint toGrid(const Wm4::Vector2f& p) const;
     Wm4::Vector2f fromGrid(const GridPoint& g) const;
-    struct Incidence;
     Incidence incidence() const;
     std::vector<std::uint32_t> sweepOrder() const;
-    bool recordIntersection(std::uint32_t s, std::uint32_t t,
-                            std::vector<std::vector<std::uint32_t>>& cuts,
-                            std::vector<std::vector<std::uint32_t>>& crossingCuts);
-    bool splitPass();
+    bool recordIntersection(std::uint32_t s, std::uint32_t t);
     void closeOpenRuns(std::vector<Edge>& edges) const;
     void mergeEdges(const std::vector<Edge>& edges);
     void addFrame();
-    void sweep();
+    void cutSegments();
     std::uint32_t findRegion(std::uint32_t t);
     void joinRegions(std::uint32_t a, std::uint32_t b);
 
@@ -186,11 +253,15 @@ private:
     std::vector<std::uint64_t> mSortedKeys;
     std::pmr::monotonic_buffer_resource mVertexArena;  // the nodes of mAddedAt
     std::pmr::unordered_map<std::uint64_t, std::uint32_t> mAddedAt{&mVertexArena};
-    std::vector<Segment> mSegments;
+    std::vector<Segment> mSegments;                          // the frame's four come last
+    std::uint32_t mFrame[4] = {kNone, kNone, kNone, kNone};  // its corners, once made
+    // Cuts at existing vertices (T-junctions, overlaps) are exact and go first; cuts at rounded
+    // crossing points are applied only after a pass that found no exact cut, so that overlapping
+    // pieces are merged before a crossing is rounded onto each of them.
+    std::vector<Cut> mCuts;
+    std::vector<Cut> mCrossingCuts;
     std::vector<Trapezoid> mTrapezoids;
     double mMinX = 0, mMinY = 0, mScale = 1;
-
-    struct SegmentOrder;
 };
 
 namespace {
@@ -227,27 +298,31 @@ std::uint32_t TrapezoidRepresentation::addPoint(const GridPoint& grid,
 }
 
 // The outline's vertices: one per grid point, numbered in sweep order, each at the position of
-// the first index that falls on it. Sorting keys beats hashing here and leaves the sweep order
-// ready-made.
-std::vector<std::uint32_t> TrapezoidRepresentation::addOutlineVertices(
+// the first index that falls on it; the result gives the vertex of every index. Sorting keys
+// beats hashing here and leaves the sweep order ready-made. Contours name each point twice in a
+// row (the end of a segment and the start of the next), so only the first of such a pair is
+// sorted.
+std::vector<std::uint32_t> TrapezoidRepresentation::numberOutlineVertices(
     const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices) {
     struct End {
         std::uint64_t key;
         std::uint32_t at;  // position in `indices`
     };
-    std::vector<End> ends(indices.size());
-    for (std::size_t i = 0; i < indices.size(); ++i) {
-        ends[i] = {keyOf(toGrid(points[indices[i]])), static_cast<std::uint32_t>(i)};
-    }
+    std::vector<End> ends;
+    ends.reserve(indices.size() / 2 + 1);
     std::uint64_t maxKey = 0;
-    for (const End& end : ends) {
-        maxKey = std::max(maxKey, end.key);
+    for (std::size_t i = 0; i < indices.size(); ++i) {
+        if (i == 0 || indices[i] != indices[i - 1]) {
+            const std::uint64_t key = keyOf(toGrid(points[indices[i]]));
+            maxKey = std::max(maxKey, key);
+            ends.push_back({key, static_cast<std::uint32_t>(i)});
+        }
     }
     // Stable: among equal keys the first index stays first.
-    radixSort(ends, bitsFor(maxKey), [](const End& end) { return end.key; });
+    sortByKey(ends, bitsFor(maxKey), [](const End& end) { return end.key; });
     std::vector<std::uint32_t> vertexOf(indices.size());
-    mVertices.reserve(ends.size() / 2 + 8);
-    mSortedKeys.reserve(ends.size() / 2 + 8);
+    mVertices.reserve(ends.size() + 8);
+    mSortedKeys.reserve(ends.size() + 8);
     for (const End& end : ends) {
         if (mSortedKeys.empty() || mSortedKeys.back() != end.key) {
             mVertices.push_back({gridOf(end.key), points[indices[end.at]]});
@@ -255,12 +330,17 @@ std::vector<std::uint32_t> TrapezoidRepresentation::addOutlineVertices(
         }
         vertexOf[end.at] = static_cast<std::uint32_t>(mVertices.size() - 1);
     }
+    for (std::size_t i = 1; i < indices.size(); ++i) {
+        if (indices[i] == indices[i - 1]) {
+            vertexOf[i] = vertexOf[i - 1];
+        }
+    }
     return vertexOf;
 }
 
 GridPoint TrapezoidRepresentation::toGrid(const Wm4::Vector2f& p) const {
-    return {std::llround((double(p.X()) - mMinX) * mScale),
-            std::llround((double(p.Y()) - mMinY) * mScale)};
+    return {roundNonNegative((double(p.X()) - mMinX) * mScale),
+            roundNonNegative((double(p.Y()) - mMinY) * mScale)};
 }
 
 Wm4::Vector2f TrapezoidRepresentation::fromGrid(const GridPoint& g) const {
@@ -268,90 +348,21 @@ Wm4::Vector2f TrapezoidRepresentation::fromGrid(const GridPoint& g) const {
                          static_cast<float>(mMinY + double(g.y) / mScale));
 }
 
-void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
-                                    const std::vector<unsigned int>& indices, bool skipDegenerate) {
-    double minX = std::numeric_limits<double>::infinity(), minY = minX;
-    double maxX = -minX, maxY = -minX;
-    for (unsigned int index : indices) {
-        if (index >= points.size()) {
-            fail();
-        }
-        const Wm4::Vector2f& p = points[index];
-        if (!std::isfinite(p.X()) || !std::isfinite(p.Y())) {
-            fail();
-        }
-        minX = std::min(minX, double(p.X()));
-        minY = std::min(minY, double(p.Y()));
-        maxX = std::max(maxX, double(p.X()));
-        maxY = std::max(maxY, double(p.Y()));
-    }
-    if (indices.empty()) {
-        return;
-    }
-    const double extent = std::max(maxX - minX, maxY - minY);
-    mMinX = minX;
-    mMinY = minY;
-    mScale = extent > 0 ? double(kGridSteps) / extent : 1.0;
-
-    const std::vector<std::uint32_t> vertexOf = addOutlineVertices(points, indices);
-    std::vector<Edge> edges;
-    edges.reserve(indices.size() / 2);
-    for (std::size_t i = 0; i + 1 < indices.size(); i += 2) {
-        const std::uint32_t a = vertexOf[i];
-        const std::uint32_t b = vertexOf[i + 1];
-        // A segment whose ends fall on one vertex encloses nothing: with or without the option
-        // it changes no winding number, so it never reaches the sweep.
-        (void)skipDegenerate;
-        if (a != b) {
-            edges.push_back({a, b, 1});
-        }
-    }
-    closeOpenRuns(edges);
-    mergeEdges(edges);
-    int passes = 0;
-    while (splitPass()) {
-        if (++passes > kMaxSplitPasses) {
-            fail();  // rounding keeps creating crossings: give up rather than loop
-        }
-    }
-    // Segments that cancel out (an open run closed back along itself) still span the frame in
-    // which every trapezoid is kept by the rules that keep everything.
-    if (edges.empty()) {
-        return;
-    }
-    addFrame();
-    sweep();
-}
-
 // Left-to-right order of the segments that cross the sweep position, and where a vertex falls
 // among them. Two segments are compared at the later of their upper ends, where both exist; a
-// vertex against a segment by the side it lies on. A zero answer (a vertex on a segment, or two
-// segments overlapping) cannot happen once everything was split, and is reported as a failure.
+// vertex against a segment by the side it lies on. A vertex on a segment falls left of it, and
+// overlapping segments are unordered: the sweep finds both cases (by the pixel test of the pair
+// they make once adjacent) and cuts them before it builds on the order.
 struct TrapezoidRepresentation::SegmentOrder {
     using is_transparent = void;
     const TrapezoidRepresentation* self;
-    // While finding cuts, a zero answer is remembered (the segment through the vertex) instead
-    // of failing; the caller then cuts that segment and asks again.
-    bool tolerant = false;
-    mutable std::uint32_t zeroSegment = kNone;
-
-    void zero(std::uint32_t s) const {
-        if (!tolerant) {
-            fail();
-        }
-        zeroSegment = s;
-    }
 
     const GridPoint& at(std::uint32_t v) const { return self->mVertices[v].grid; }
 
     // Whether segment s passes left of p.
     bool leftOf(std::uint32_t s, const GridPoint& p) const {
         const Segment& seg = self->mSegments[s];
-        const std::int64_t side = orient(at(seg.upper), at(seg.lower), p);
-        if (side == 0) {
-            zero(s);
-        }
-        return side < 0;
+        return orient(at(seg.upper), at(seg.lower), p) < 0;
     }
     bool operator()(std::uint32_t s, const GridPoint& p) const { return leftOf(s, p); }
     bool operator()(const GridPoint& p, std::uint32_t s) const { return !leftOf(s, p); }
@@ -362,11 +373,7 @@ struct TrapezoidRepresentation::SegmentOrder {
         const Segment& sa = self->mSegments[a];
         const Segment& sb = self->mSegments[b];
         if (sa.upper == sb.upper) {
-            const std::int64_t side = orient(at(sa.upper), at(sa.lower), at(sb.lower));
-            if (side == 0) {
-                zero(b);
-            }
-            return side < 0;
+            return orient(at(sa.upper), at(sa.lower), at(sb.lower)) < 0;
         }
         if (at(sb.upper) < at(sa.upper)) {
             return !leftOf(b, at(sa.upper));
@@ -420,21 +427,22 @@ std::vector<std::uint32_t> TrapezoidRepresentation::sweepOrder() const {
 // Classifies the pair (s, t): every crossing, T-junction and collinear overlap becomes a cut of
 // the segments involved (a crossing point rounded to the nearest grid point). True when the two
 // meet anywhere but at a shared end.
-bool TrapezoidRepresentation::recordIntersection(
-    std::uint32_t s, std::uint32_t t, std::vector<std::vector<std::uint32_t>>& cuts,
-    std::vector<std::vector<std::uint32_t>>& crossingCuts) {
+bool TrapezoidRepresentation::recordIntersection(std::uint32_t s, std::uint32_t t) {
     const Segment& e = mSegments[s];
     const Segment& f = mSegments[t];
     const GridPoint A = mVertices[e.upper].grid, B = mVertices[e.lower].grid;
     const GridPoint C = mVertices[f.upper].grid, D = mVertices[f.lower].grid;
+    if (boxesApart(A, B, C, D)) {
+        return false;
+    }
     bool found = false;
-    const auto cut = [&](std::vector<std::vector<std::uint32_t>>& into, std::uint32_t segment,
-                         const GridPoint& at, const Wm4::Vector2f& position) {
+    const auto cut = [&](std::vector<Cut>& into, std::uint32_t segment, const GridPoint& at,
+                         const Wm4::Vector2f& position) {
         const Segment& seg = mSegments[segment];
         if (at == mVertices[seg.upper].grid || at == mVertices[seg.lower].grid) {
             return;
         }
-        into[segment].push_back(addPoint(at, position));
+        into.push_back({segment, addPoint(at, position)});
         found = true;
     };
     const std::int64_t d1 = orient(C, D, A), d2 = orient(C, D, B);
@@ -443,13 +451,13 @@ bool TrapezoidRepresentation::recordIntersection(
     // rounding): routing segments through the pixels they cross keeps rounded crossing points
     // from creating new crossings over and over.
     if (throughPixel(C, D, d1) && strictlyInside(C, D, A))
-        cut(cuts, t, A, mVertices[e.upper].position);
+        cut(mCuts, t, A, mVertices[e.upper].position);
     if (throughPixel(C, D, d2) && strictlyInside(C, D, B))
-        cut(cuts, t, B, mVertices[e.lower].position);
+        cut(mCuts, t, B, mVertices[e.lower].position);
     if (throughPixel(A, B, d3) && strictlyInside(A, B, C))
-        cut(cuts, s, C, mVertices[f.upper].position);
+        cut(mCuts, s, C, mVertices[f.upper].position);
     if (throughPixel(A, B, d4) && strictlyInside(A, B, D))
-        cut(cuts, s, D, mVertices[f.lower].position);
+        cut(mCuts, s, D, mVertices[f.lower].position);
     if (((d1 > 0 && d2 < 0) || (d1 < 0 && d2 > 0)) && ((d3 > 0 && d4 < 0) || (d3 < 0 && d4 > 0))) {
         const Int128 den = Int128(d1) - d2;
         const GridPoint P{A.x + roundedQuotient(Int128(B.x - A.x) * d1, den),
@@ -472,167 +480,354 @@ bool TrapezoidRepresentation::recordIntersection(
         if (ea.Y() == eb.Y() || fa.Y() == fb.Y()) {
             position.Y() = ea.Y() == eb.Y() ? ea.Y() : fa.Y();
         }
-        cut(crossingCuts, s, P, position);
-        cut(crossingCuts, t, P, position);
+        cut(mCrossingCuts, s, P, position);
+        cut(mCrossingCuts, t, P, position);
     }
     return found;
 }
 
-// One sweep that finds where segments meet other than at shared ends, by testing every pair that
-// becomes adjacent in the left-to-right order (two segments that meet are adjacent just before
-// they do). A pair found meeting leaves the order for the rest of the pass, and its new
-// neighbours are tested in turn, so the order stays consistent. Then every segment is cut at its
-// cut points and equal pieces are merged. True when anything was cut; repeated until nothing is.
-bool TrapezoidRepresentation::splitPass() {
-    const Incidence in = incidence();
-    // Cuts at existing vertices (T-junctions, overlaps) are exact and go first; cuts at rounded
-    // crossing points are applied only in a pass that found no exact cut, so that overlapping
-    // pieces are merged before a crossing is rounded onto each of them.
-    std::vector<std::vector<std::uint32_t>> cuts(mSegments.size());
-    std::vector<std::vector<std::uint32_t>> crossingCuts(mSegments.size());
-    bool any = false;
+// One pass of the plane sweep over the current segments. It visits the vertices in (y, x) order,
+// keeping the segments that cross the sweep position ordered from left to right, and does two
+// jobs at once:
+// - It finds where segments meet other than at shared ends, by testing every pair that becomes
+//   adjacent in the order (two segments that meet are adjacent just before they do). A pair
+//   found meeting leaves the order for the rest of the pass, and its new neighbours are tested
+//   in turn, so the order stays consistent; what it finds becomes cuts.
+// - Until it finds anything, it builds the trapezoids. Each segment owns the open trapezoid to
+//   its right; a trapezoid opens at the vertex where its gap between two segments begins and
+//   closes at the vertex where a segment of it ends or a new one enters it. Winding numbers are
+//   counted from the left: the gap right of a segment has the winding of the gap left of it plus
+//   the segment's delta.
+// So an outline that needs no splitting is swept once, and one that does is swept once more
+// after each round of cuts.
+class TrapezoidRepresentation::Sweep {
+public:
+    explicit Sweep(TrapezoidRepresentation& self);
 
-    std::pmr::unsynchronized_pool_resource pool;
-    SegmentOrder less{this, true};
+    // True when the trapezoids are complete; false when cuts were found instead.
+    bool run();
+
+private:
     using Status = std::pmr::set<std::uint32_t, SegmentOrder>;
-    Status status(less, &pool);
-    std::vector<Status::iterator> where(mSegments.size());
-    std::vector<char> present(mSegments.size(), 0);
-    std::vector<char> suspect(mSegments.size(), 0);  // left the order early: tested again below
-
-    const auto drop = [&](Status::iterator it) {
-        present[*it] = 0;
-        suspect[*it] = 1;
-        return status.erase(it);
-    };
-    // Tests the pair around `it` (its predecessor and itself), dropping both when they meet and
-    // testing the pair that then comes together.
-    const auto testAround = [&](Status::iterator it) {
-        while (it != status.begin() && it != status.end()) {
-            const auto before = std::prev(it);
-            if (!recordIntersection(*before, *it, cuts, crossingCuts)) {
-                return;
-            }
-            any = true;
-            drop(before);
-            it = drop(it);
-        }
+    struct Pair {
+        std::uint32_t left = kNone;
+        std::uint32_t right = kNone;
     };
 
-    std::vector<std::uint32_t> starting;
-    for (std::uint32_t v : sweepOrder()) {
-        const GridPoint& at = mVertices[v].grid;
-        for (std::uint32_t k = in.upStart[v]; k < in.upStart[v + 1]; ++k) {
-            if (present[in.up[k]]) {
-                present[in.up[k]] = 0;
-                status.erase(where[in.up[k]]);
-            }
+    void visit(std::uint32_t v);
+    void collectEnding(std::uint32_t v);
+    void removeEnding(std::uint32_t v);
+    Status::iterator insertStarting(std::uint32_t v, Status::iterator it);
+    Pair closeGaps(std::uint32_t v, std::uint32_t pred, std::uint32_t succ);
+    Pair openGaps(std::uint32_t v, std::uint32_t pred);
+    std::uint32_t open(std::uint32_t owner, std::uint32_t top);
+    std::uint32_t close(std::uint32_t owner, std::uint32_t right, std::uint32_t bottom);
+    void testAround(Status::iterator it);
+    Status::iterator drop(Status::iterator it);
+    void found();
+    void recheckDropped();
+
+    TrapezoidRepresentation& mSelf;
+    const std::vector<Segment>& mSegments;
+    const Incidence mIn;
+    // The status tree takes its nodes from an arena: no heap allocation per segment, and every
+    // segment enters the tree at most once per pass.
+    std::pmr::monotonic_buffer_resource mArena;
+    const SegmentOrder mLess;
+    Status mStatus;
+    std::vector<Status::iterator> mWhere;
+    std::vector<char> mPresent;
+    std::vector<char> mSuspect;  // left the order early: tested again after the sweep
+    std::vector<std::uint32_t> mOpenTrapezoid;  // the gap right of each segment
+    std::vector<std::int64_t> mWindingRight;
+    std::vector<std::uint32_t> mEnding;  // at the vertex being visited, left to right
+    std::vector<std::uint32_t> mStarting;
+    bool mBuilding = true;  // nothing found yet
+};
+
+TrapezoidRepresentation::Sweep::Sweep(TrapezoidRepresentation& self)
+    : mSelf(self),
+      mSegments(self.mSegments),
+      mIn(self.incidence()),
+      mArena(64 * (self.mSegments.size() + 1)),
+      mLess{&self},
+      mStatus(mLess, &mArena),
+      mWhere(mSegments.size()),
+      mPresent(mSegments.size(), 0),
+      mSuspect(mSegments.size(), 0),
+      mOpenTrapezoid(mSegments.size(), kNone),
+      mWindingRight(mSegments.size(), 0) {}
+
+bool TrapezoidRepresentation::Sweep::run() {
+    mSelf.mTrapezoids.clear();
+    mSelf.mTrapezoids.reserve(mSegments.size() * 3);
+    for (std::uint32_t v : mSelf.sweepOrder()) {
+        visit(v);
+    }
+    if (mBuilding) {
+        return true;
+    }
+    recheckDropped();
+    return false;
+}
+
+// One vertex: the segments ending here leave the order, those starting here enter it, the gaps
+// that meet here close and the new ones open, and the pairs that became adjacent are tested.
+void TrapezoidRepresentation::Sweep::visit(std::uint32_t v) {
+    const bool ends = mIn.upStart[v + 1] != mIn.upStart[v];
+    const bool starts = mIn.downStart[v + 1] != mIn.downStart[v];
+    mEnding.clear();
+    if (mBuilding && ends) {
+        collectEnding(v);
+    }
+    removeEnding(v);
+    const Status::iterator it = mStatus.lower_bound(mSelf.mVertices[v].grid);
+    const std::uint32_t pred = it == mStatus.begin() ? kNone : *std::prev(it);
+    const std::uint32_t succ = it == mStatus.end() ? kNone : *it;
+    // A vertex whose segments all merged away builds nothing; the pair across it is tested
+    // again all the same.
+    const bool building = mBuilding && (ends || starts);
+    const Pair closed = building ? closeGaps(v, pred, succ) : Pair{};
+
+    const auto firstInserted = insertStarting(v, it);
+    if (building && mBuilding) {
+        const Pair opened = openGaps(v, pred);
+        if (closed.left != kNone && opened.left != kNone) {
+            mSelf.joinRegions(closed.left, opened.left);
         }
-        // The place of the vertex; a segment passing through it is cut there and dropped.
-        Status::iterator it;
-        while (true) {
-            less.zeroSegment = kNone;
-            it = status.lower_bound(at);
-            if (less.zeroSegment == kNone) {
-                break;
-            }
-            cuts[less.zeroSegment].push_back(v);
-            any = true;
-            drop(where[less.zeroSegment]);
-        }
-        starting.assign(in.down.begin() + in.downStart[v], in.down.begin() + in.downStart[v + 1]);
-        std::sort(starting.begin(), starting.end(), less);
-        Status::iterator firstInserted = status.end();
-        for (std::size_t i = 0; i < starting.size(); ++i) {
-            const std::uint32_t s = starting[i];
-            // Two segments leaving here in the same direction overlap: the longer is cut where
-            // the shorter ends, and sits this pass out.
-            if (i + 1 < starting.size()) {
-                const std::uint32_t t = starting[i + 1];
-                const GridPoint& ls = mVertices[mSegments[s].lower].grid;
-                const GridPoint& lt = mVertices[mSegments[t].lower].grid;
-                if (orient(at, ls, lt) == 0) {
-                    recordIntersection(s, t, cuts, crossingCuts);
-                    any = true;
-                    suspect[s] = 1;
-                    continue;
-                }
-            }
-            it = status.insert(it, s);
-            where[s] = it;
-            present[s] = 1;
-            if (firstInserted == status.end()) {
-                firstInserted = it;
-            }
-            ++it;
-        }
-        // New neighbours: left of the first inserted, right of the last, or across the vertex.
-        if (firstInserted != status.end()) {
-            const std::uint32_t firstSegment = *firstInserted;
-            testAround(firstInserted);
-            if (present[firstSegment] && it != status.end()) {
-                testAround(it);
-            }
-        } else {
-            testAround(it);
+        if (closed.right != kNone && opened.right != kNone) {
+            mSelf.joinRegions(closed.right, opened.right);
         }
     }
-    // A pair that meets further down may have been hidden by a segment that left the order, so
-    // every segment that left is tested against all whose boxes overlap its own (a sweep over x).
-    if (std::find(suspect.begin(), suspect.end(), 1) != suspect.end()) {
-        const auto minX = [&](std::uint32_t i) {
-            return std::min(mVertices[mSegments[i].upper].grid.x,
-                            mVertices[mSegments[i].lower].grid.x);
-        };
-        const auto maxX = [&](std::uint32_t i) {
-            return std::max(mVertices[mSegments[i].upper].grid.x,
-                            mVertices[mSegments[i].lower].grid.x);
-        };
-        std::vector<std::uint32_t> byX(mSegments.size());
-        std::iota(byX.begin(), byX.end(), 0u);
-        std::sort(byX.begin(), byX.end(), [&](std::uint32_t l, std::uint32_t r) {
-            return minX(l) < minX(r) || (minX(l) == minX(r) && l < r);
-        });
-        std::vector<std::uint32_t> activeAll, activeSuspects;
-        const auto prune = [&](std::vector<std::uint32_t>& active, std::int64_t left) {
-            active.erase(std::remove_if(active.begin(), active.end(),
-                                        [&](std::uint32_t t) { return maxX(t) < left; }),
-                         active.end());
-        };
-        for (std::uint32_t current : byX) {
-            const std::int64_t left = minX(current);
-            const bool isSuspect = suspect[current] != 0;
-            prune(activeSuspects, left);
-            if (isSuspect) {
-                prune(activeAll, left);
-            }
-            for (std::uint32_t other : isSuspect ? activeAll : activeSuspects) {
-                if (recordIntersection(current, other, cuts, crossingCuts)) {
-                    any = true;
-                }
-            }
-            if (isSuspect) {
-                activeSuspects.push_back(current);
-            }
-            activeAll.push_back(current);
+    // New neighbours: left of the first inserted, right of the last, or across the vertex.
+    if (firstInserted != mStatus.end()) {
+        const std::uint32_t firstSegment = *firstInserted;
+        testAround(firstInserted);
+        // testAround drops the first inserted segment whenever it drops anything.
+        const auto afterLast = succ != kNone && mPresent[succ] ? mWhere[succ] : mStatus.end();
+        if (mPresent[firstSegment] && afterLast != mStatus.end()) {
+            testAround(afterLast);
+        }
+    } else {
+        testAround(it);
+    }
+}
+
+// The segments ending at v, left to right. While nothing was found they are all in the order,
+// side by side.
+void TrapezoidRepresentation::Sweep::collectEnding(std::uint32_t v) {
+    auto first = mWhere[mIn.up[mIn.upStart[v]]];
+    auto last = std::next(first);
+    while (first != mStatus.begin() && mSegments[*std::prev(first)].lower == v) {
+        --first;
+    }
+    while (last != mStatus.end() && mSegments[*last].lower == v) {
+        ++last;
+    }
+    mEnding.assign(first, last);
+    if (mEnding.size() != mIn.upStart[v + 1] - mIn.upStart[v]) {
+        fail();
+    }
+}
+
+void TrapezoidRepresentation::Sweep::removeEnding(std::uint32_t v) {
+    for (std::uint32_t k = mIn.upStart[v]; k < mIn.upStart[v + 1]; ++k) {
+        const std::uint32_t s = mIn.up[k];
+        if (mPresent[s]) {
+            mPresent[s] = 0;
+            mStatus.erase(mWhere[s]);
         }
     }
-    const auto anyCut = [](const std::vector<std::vector<std::uint32_t>>& c) {
-        return std::any_of(c.begin(), c.end(), [](const auto& points) { return !points.empty(); });
+}
+
+// Inserts the segments starting at v before `it`, left to right, and returns the first inserted
+// (the end when none); `mStarting` keeps them in order. Two segments leaving v in the same
+// direction overlap: the longer is cut where the shorter ends, and sits this pass out.
+TrapezoidRepresentation::Sweep::Status::iterator TrapezoidRepresentation::Sweep::insertStarting(
+    std::uint32_t v, Status::iterator it) {
+    mStarting.assign(mIn.down.begin() + mIn.downStart[v], mIn.down.begin() + mIn.downStart[v + 1]);
+    std::sort(mStarting.begin(), mStarting.end(), mLess);
+    const GridPoint& at = mSelf.mVertices[v].grid;
+    Status::iterator firstInserted = mStatus.end();
+    for (std::size_t i = 0; i < mStarting.size(); ++i) {
+        const std::uint32_t s = mStarting[i];
+        if (i + 1 < mStarting.size()) {
+            const std::uint32_t t = mStarting[i + 1];
+            const GridPoint& ls = mSelf.mVertices[mSegments[s].lower].grid;
+            const GridPoint& lt = mSelf.mVertices[mSegments[t].lower].grid;
+            if (orient(at, ls, lt) == 0) {
+                mSelf.recordIntersection(s, t);
+                mSuspect[s] = 1;
+                found();
+                continue;
+            }
+        }
+        it = mStatus.insert(it, s);
+        mWhere[s] = it;
+        mPresent[s] = 1;
+        if (firstInserted == mStatus.end()) {
+            firstInserted = it;
+        }
+        ++it;
+    }
+    return firstInserted;
+}
+
+// Closes the gaps that meet v: right of its predecessor and right of each segment ending here.
+// Returns the leftmost and rightmost trapezoid closed.
+TrapezoidRepresentation::Sweep::Pair TrapezoidRepresentation::Sweep::closeGaps(std::uint32_t v,
+                                                                               std::uint32_t pred,
+                                                                               std::uint32_t succ) {
+    Pair closed;
+    if (pred != kNone) {
+        closed.left = closed.right = close(pred, mEnding.empty() ? succ : mEnding.front(), v);
+    }
+    for (std::size_t k = 0; k < mEnding.size(); ++k) {
+        closed.right = close(mEnding[k], k + 1 < mEnding.size() ? mEnding[k + 1] : succ, v);
+    }
+    return closed;
+}
+
+// Opens the gaps that start at v: right of its predecessor and right of each segment starting
+// here, with their winding numbers. Returns the leftmost and rightmost trapezoid opened.
+TrapezoidRepresentation::Sweep::Pair TrapezoidRepresentation::Sweep::openGaps(std::uint32_t v,
+                                                                              std::uint32_t pred) {
+    Pair opened;
+    std::int64_t winding = pred != kNone ? mWindingRight[pred] : 0;
+    if (pred != kNone) {
+        opened.left = opened.right = open(pred, v);
+    }
+    for (std::uint32_t s : mStarting) {
+        winding += mSegments[s].delta;
+        mWindingRight[s] = winding;
+        opened.right = open(s, v);
+        if (opened.left == kNone) {
+            opened.left = opened.right;
+        }
+    }
+    return opened;
+}
+
+std::uint32_t TrapezoidRepresentation::Sweep::open(std::uint32_t owner, std::uint32_t top) {
+    std::vector<Trapezoid>& trapezoids = mSelf.mTrapezoids;
+    const auto t = static_cast<std::uint32_t>(trapezoids.size());
+    trapezoids.push_back({owner, kNone, top, kNone, mWindingRight[owner], t});
+    mOpenTrapezoid[owner] = t;
+    return t;
+}
+
+// Closes the gap right of `owner`; unbounded gaps (outside the frame) make no trapezoid.
+std::uint32_t TrapezoidRepresentation::Sweep::close(std::uint32_t owner, std::uint32_t right,
+                                                    std::uint32_t bottom) {
+    const std::uint32_t t = mOpenTrapezoid[owner];
+    mOpenTrapezoid[owner] = kNone;
+    if (t == kNone || right == kNone) {
+        return kNone;
+    }
+    mSelf.mTrapezoids[t].right = right;
+    mSelf.mTrapezoids[t].bottom = bottom;
+    return t;
+}
+
+// Tests the pair around `it` (its predecessor and itself), dropping both when they meet and
+// testing the pair that then comes together.
+void TrapezoidRepresentation::Sweep::testAround(Status::iterator it) {
+    while (it != mStatus.begin() && it != mStatus.end()) {
+        const auto before = std::prev(it);
+        if (!mSelf.recordIntersection(*before, *it)) {
+            return;
+        }
+        drop(before);
+        it = drop(it);
+    }
+}
+
+TrapezoidRepresentation::Sweep::Status::iterator TrapezoidRepresentation::Sweep::drop(
+    Status::iterator it) {
+    found();
+    mPresent[*it] = 0;
+    mSuspect[*it] = 1;
+    return mStatus.erase(it);
+}
+
+// Something is to be cut: the trapezoids of this pass are void.
+void TrapezoidRepresentation::Sweep::found() {
+    mBuilding = false;
+}
+
+// A pair that meets further down may have been hidden by a segment that left the order, so every
+// segment that left is tested against all whose boxes overlap its own, by a sweep over x. The
+// frame meets nothing and is left out.
+void TrapezoidRepresentation::Sweep::recheckDropped() {
+    const auto count = static_cast<std::uint32_t>(mSegments.size() - 4);
+    if (std::find(mSuspect.begin(), mSuspect.begin() + count, 1) == mSuspect.begin() + count) {
+        return;
+    }
+    const std::vector<Vertex>& vertices = mSelf.mVertices;
+    const auto minX = [&](std::uint32_t i) {
+        return std::min(vertices[mSegments[i].upper].grid.x, vertices[mSegments[i].lower].grid.x);
     };
-    if (!anyCut(cuts)) {
-        cuts.swap(crossingCuts);
+    const auto maxX = [&](std::uint32_t i) {
+        return std::max(vertices[mSegments[i].upper].grid.x, vertices[mSegments[i].lower].grid.x);
+    };
+    std::vector<std::uint32_t> byX(count);
+    std::iota(byX.begin(), byX.end(), 0u);
+    std::sort(byX.begin(), byX.end(), [&](std::uint32_t l, std::uint32_t r) {
+        return minX(l) < minX(r) || (minX(l) == minX(r) && l < r);
+    });
+    std::vector<std::uint32_t> activeAll, activeSuspects;
+    const auto prune = [&](std::vector<std::uint32_t>& active, std::int64_t left) {
+        active.erase(std::remove_if(active.begin(), active.end(),
+                                    [&](std::uint32_t t) { return maxX(t) < left; }),
+                     active.end());
+    };
+    for (std::uint32_t current : byX) {
+        const std::int64_t left = minX(current);
+        const bool isSuspect = mSuspect[current] != 0;
+        prune(activeSuspects, left);
+        if (isSuspect) {
+            prune(activeAll, left);
+        }
+        for (std::uint32_t other : isSuspect ? activeAll : activeSuspects) {
+            mSelf.recordIntersection(current, other);
+        }
+        if (isSuspect) {
+            activeSuspects.push_back(current);
+        }
+        activeAll.push_back(current);
     }
-    any = anyCut(cuts);
-    if (!any) {
-        return false;
+}
+
+// Every segment is cut at its cut points (the exact ones when there are any, else the rounded
+// crossings) and equal pieces are merged.
+void TrapezoidRepresentation::cutSegments() {
+    if (mCuts.empty()) {
+        mCuts.swap(mCrossingCuts);
     }
+    if (mCuts.empty()) {
+        fail();  // a pass that found something always cuts
+    }
+    // The cut points of each segment, grouped by a counting sort in the order they were found.
+    const auto count = static_cast<std::uint32_t>(mSegments.size());
+    std::vector<std::uint32_t> start(std::size_t(count) + 1, 0);
+    for (const Cut& c : mCuts) {
+        ++start[c.segment + 1];
+    }
+    std::partial_sum(start.begin(), start.end(), start.begin());
+    std::vector<std::uint32_t> points(mCuts.size());
+    std::vector<std::uint32_t> fill(start.begin(), start.end() - 1);
+    for (const Cut& c : mCuts) {
+        points[fill[c.segment]++] = c.vertex;
+    }
+    mCuts.clear();
+    mCrossingCuts.clear();
+
     std::vector<Edge> pieces;
-    pieces.reserve(mSegments.size() + mSegments.size() / 4);
-    for (std::uint32_t i = 0; i < mSegments.size(); ++i) {
+    pieces.reserve(mSegments.size() + points.size());
+    for (std::uint32_t i = 0; i < count; ++i) {
         const Segment& seg = mSegments[i];
-        std::vector<std::uint32_t>& points = cuts[i];
-        if (points.empty()) {
+        const auto first = points.begin() + start[i], last = points.begin() + start[i + 1];
+        if (first == last) {
             pieces.push_back({seg.upper, seg.lower, seg.delta});
             continue;
         }
@@ -641,20 +836,73 @@ bool TrapezoidRepresentation::splitPass() {
             const GridPoint& p = mVertices[v].grid;
             return Int128(p.x - A.x) * (B.x - A.x) + Int128(p.y - A.y) * (B.y - A.y);
         };
-        std::sort(points.begin(), points.end(),
+        std::sort(first, last,
                   [&](std::uint32_t l, std::uint32_t r) { return along(l) < along(r); });
-        points.erase(std::unique(points.begin(), points.end()), points.end());
         std::uint32_t from = seg.upper;
-        for (std::uint32_t point : points) {
-            if (point != from && point != seg.lower) {
-                pieces.push_back({from, point, seg.delta});
-                from = point;
+        for (auto p = first, unique = std::unique(first, last); p != unique; ++p) {
+            if (*p != from && *p != seg.lower) {
+                pieces.push_back({from, *p, seg.delta});
+                from = *p;
             }
         }
         pieces.push_back({from, seg.lower, seg.delta});
     }
     mergeEdges(pieces);
-    return true;
+    addFrame();
+}
+
+void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
+                                    const std::vector<unsigned int>& indices) {
+    double minX = std::numeric_limits<double>::infinity(), minY = minX;
+    double maxX = -minX, maxY = -minX;
+    for (unsigned int index : indices) {
+        if (index >= points.size()) {
+            fail();
+        }
+        const Wm4::Vector2f& p = points[index];
+        if (!std::isfinite(p.X()) || !std::isfinite(p.Y())) {
+            fail();
+        }
+        minX = std::min(minX, double(p.X()));
+        minY = std::min(minY, double(p.Y()));
+        maxX = std::max(maxX, double(p.X()));
+        maxY = std::max(maxY, double(p.Y()));
+    }
+    if (indices.empty()) {
+        return;
+    }
+    const double extent = std::max(maxX - minX, maxY - minY);
+    mMinX = minX;
+    mMinY = minY;
+    mScale = extent > 0 ? double(kGridSteps) / extent : 1.0;
+
+    const std::vector<std::uint32_t> vertexOf = numberOutlineVertices(points, indices);
+    std::vector<Edge> edges;
+    edges.reserve(indices.size() / 2 + 1);
+    for (std::size_t i = 0; i + 1 < indices.size(); i += 2) {
+        // A segment whose ends fall on one vertex encloses nothing and changes no winding
+        // number: it is always left out.
+        if (vertexOf[i] != vertexOf[i + 1]) {
+            edges.push_back({vertexOf[i], vertexOf[i + 1], 1});
+        }
+    }
+    // Segments that cancel out (an open run closed back along itself) still span the frame in
+    // which every trapezoid is kept by the rules that keep everything.
+    if (edges.empty()) {
+        return;
+    }
+    closeOpenRuns(edges);
+    mergeEdges(edges);
+    addFrame();
+    for (int passes = 0;; ++passes) {
+        if (Sweep(*this).run()) {
+            return;
+        }
+        if (passes == kMaxSplitPasses) {
+            fail();  // rounding keeps creating crossings: give up rather than loop
+        }
+        cutSegments();
+    }
 }
 
 // An outline whose runs do not all return to where they began (a subpath left open, or one
@@ -699,7 +947,7 @@ void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
         }
     }
     const int idBits = bitsFor(mVertices.size());
-    radixSort(mSegments, 2 * idBits, [idBits](const Segment& seg) {
+    sortByKey(mSegments, 2 * idBits, [idBits](const Segment& seg) {
         return (std::uint64_t(seg.upper) << idBits) | seg.lower;
     });
     std::size_t kept = 0;
@@ -722,23 +970,25 @@ void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
 }
 
 // A rectangle just outside the grid's box, crossing nothing and changing no winding number: every
-// trapezoid inside it has two bounding segments.
+// trapezoid inside it has two bounding segments. Its four segments follow the outline's; the
+// corners are made once, from the outline's vertices, which no cut ever passes.
 void TrapezoidRepresentation::addFrame() {
-    std::int64_t right = 0, bottom = 0;
-    for (const Vertex& v : mVertices) {
-        right = std::max(right, v.grid.x);
-        bottom = std::max(bottom, v.grid.y);
+    if (mFrame[0] == kNone) {
+        std::int64_t right = 0, bottom = 0;
+        for (const Vertex& v : mVertices) {
+            right = std::max(right, v.grid.x);
+            bottom = std::max(bottom, v.grid.y);
+        }
+        const GridPoint corners[4] = {
+            {-1, -1}, {right + 1, -1}, {right + 1, bottom + 1}, {-1, bottom + 1}};
+        for (int i = 0; i < 4; ++i) {
+            mFrame[i] = addPoint(corners[i], fromGrid(corners[i]));
+        }
     }
-    const GridPoint corners[4] = {
-        {-1, -1}, {right + 1, -1}, {right + 1, bottom + 1}, {-1, bottom + 1}};
-    std::uint32_t ids[4];
-    for (int i = 0; i < 4; ++i) {
-        ids[i] = addPoint(corners[i], fromGrid(corners[i]));
-    }
-    mSegments.push_back({ids[0], ids[3], 0});  // left side, top to bottom
-    mSegments.push_back({ids[1], ids[2], 0});  // right side
-    mSegments.push_back({ids[0], ids[1], 0});  // top, left to right
-    mSegments.push_back({ids[3], ids[2], 0});  // bottom
+    mSegments.push_back({mFrame[0], mFrame[3], 0});  // left side, top to bottom
+    mSegments.push_back({mFrame[1], mFrame[2], 0});  // right side
+    mSegments.push_back({mFrame[0], mFrame[1], 0});  // top, left to right
+    mSegments.push_back({mFrame[3], mFrame[2], 0});  // bottom
 }
 
 std::uint32_t TrapezoidRepresentation::findRegion(std::uint32_t t) {
@@ -754,115 +1004,6 @@ void TrapezoidRepresentation::joinRegions(std::uint32_t a, std::uint32_t b) {
     b = findRegion(b);
     if (a != b) {
         mTrapezoids[std::max(a, b)].region = std::min(a, b);
-    }
-}
-
-// The sweep visits vertices in (y, x) order, keeping the segments that cross the sweep position
-// ordered from left to right. Each segment owns the open trapezoid to its right; a trapezoid opens
-// at the vertex where its gap between two segments begins and closes at the vertex where a
-// segment of it ends or a new one enters it. Winding numbers are counted from the left: the gap
-// right of a segment has the winding of the gap left of it plus the segment's delta.
-void TrapezoidRepresentation::sweep() {
-    const Incidence in = incidence();
-    const std::vector<std::uint32_t>& upStart = in.upStart;
-    const std::vector<std::uint32_t>& downStart = in.downStart;
-    const std::vector<std::uint32_t>& up = in.up;
-    const std::vector<std::uint32_t>& down = in.down;
-
-    // The status tree takes its nodes from a pool: no heap allocation per segment.
-    std::pmr::unsynchronized_pool_resource pool;
-    const SegmentOrder less{this, false};
-    using Status = std::pmr::set<std::uint32_t, SegmentOrder>;
-    Status status(less, &pool);
-    std::vector<Status::iterator> where(mSegments.size());
-    std::vector<std::uint32_t> openTrapezoid(mSegments.size(), kNone);  // the gap right of each
-    std::vector<std::int64_t> windingRight(mSegments.size(), 0);
-    const std::vector<std::uint32_t> order = sweepOrder();
-    mTrapezoids.reserve(mSegments.size() * 3);
-
-    const auto open = [&](std::uint32_t owner, std::uint32_t top) {
-        const auto t = static_cast<std::uint32_t>(mTrapezoids.size());
-        mTrapezoids.push_back({owner, kNone, top, kNone, windingRight[owner], t});
-        openTrapezoid[owner] = t;
-        return t;
-    };
-    // Closes the gap right of `owner`; unbounded gaps (outside the frame) make no trapezoid.
-    const auto close = [&](std::uint32_t owner, std::uint32_t right, std::uint32_t bottom) {
-        const std::uint32_t t = openTrapezoid[owner];
-        openTrapezoid[owner] = kNone;
-        if (t == kNone || right == kNone) {
-            return kNone;
-        }
-        mTrapezoids[t].right = right;
-        mTrapezoids[t].bottom = bottom;
-        return t;
-    };
-
-    std::vector<std::uint32_t> starting;
-    for (std::uint32_t v : order) {
-        const Vertex& vertex = mVertices[v];
-        const std::uint32_t* upBegin = up.data() + upStart[v];
-        const std::uint32_t upCount = upStart[v + 1] - upStart[v];
-        if (upCount == 0 && downStart[v + 1] == downStart[v]) {
-            continue;
-        }
-        // The segments ending here, [first, last), or the place where the vertex falls.
-        Status::iterator first, last;
-        if (upCount != 0) {
-            first = where[*upBegin];
-            last = std::next(first);
-            while (first != status.begin() && mSegments[*std::prev(first)].lower == v) {
-                --first;
-            }
-            while (last != status.end() && mSegments[*last].lower == v) {
-                ++last;
-            }
-            if (static_cast<std::size_t>(std::distance(first, last)) != upCount) {
-                fail();
-            }
-        } else {
-            first = last = status.lower_bound(vertex.grid);
-        }
-        const std::uint32_t pred = first == status.begin() ? kNone : *std::prev(first);
-        const std::uint32_t succ = last == status.end() ? kNone : *last;
-
-        // Close the gaps that meet this vertex.
-        std::uint32_t closedLeft = kNone;
-        std::uint32_t closedRight = kNone;
-        if (pred != kNone) {
-            closedLeft = closedRight = close(pred, first != last ? *first : succ, v);
-        }
-        for (auto it = first; it != last; ++it) {
-            const auto next = std::next(it);
-            closedRight = close(*it, next != last ? *next : succ, v);
-        }
-        status.erase(first, last);
-
-        // Insert the segments that start here, left to right, and open the gaps they make.
-        starting.assign(down.data() + downStart[v], down.data() + downStart[v + 1]);
-        std::sort(starting.begin(), starting.end(), less);
-        std::int64_t winding = pred != kNone ? windingRight[pred] : 0;
-        std::uint32_t openedLeft = kNone;
-        std::uint32_t openedRight = kNone;
-        if (pred != kNone) {
-            openedLeft = openedRight = open(pred, v);
-        }
-        const auto hint = succ != kNone ? where[succ] : status.end();
-        for (std::uint32_t s : starting) {
-            winding += mSegments[s].delta;
-            windingRight[s] = winding;
-            where[s] = status.insert(hint, s);
-            openedRight = open(s, v);
-            if (openedLeft == kNone) {
-                openedLeft = openedRight;
-            }
-        }
-        if (closedLeft != kNone && openedLeft != kNone) {
-            joinRegions(closedLeft, openedLeft);
-        }
-        if (closedRight != kNone && openedRight != kNone) {
-            joinRegions(closedRight, openedRight);
-        }
     }
 }
 
@@ -888,14 +1029,13 @@ float xAtHeight(const Wm4::Vector2f& P, const Wm4::Vector2f& Q, float y) {
 }
 
 bool keeps(TriangulationFillRule rule, std::int64_t winding) {
-    switch (static_cast<int>(rule)) {
-        case 0:
+    switch (rule) {
+        case TriangulationFillRule::NonZero:
             return winding != 0;
-        case 1:
+        case TriangulationFillRule::EvenOdd:
             return (winding & 1) != 0;
-        default:
-            return true;
     }
+    return true;  // any other value keeps every trapezoid
 }
 
 }  // namespace
@@ -961,13 +1101,13 @@ void TrapezoidRepresentation::emit(TriangulationFillRule rule,
 bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
                      const std::vector<unsigned int>& indices,
                      std::vector<Wm4::Vector2f>& outPoints, std::vector<unsigned int>& outIndices,
-                     TriangulationFillRule rule, bool skipDegenerate) {
+                     TriangulationFillRule rule, bool /*skipDegenerate: no effect*/) {
     if (indices.size() % 2 != 0) {
         return false;
     }
     try {
         impl::TrapezoidRepresentation representation;
-        representation.build(points, indices, skipDegenerate);
+        representation.build(points, indices);
         representation.emit(rule, outPoints, outIndices);
         return true;
     } catch (const std::exception&) {

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <memory_resource>
 #include <numeric>
 #include <set>
@@ -89,10 +90,10 @@ bool boxesApart(const GridPoint& a, const GridPoint& b, const GridPoint& c, cons
 
 // Sorts `items` by an unsigned key of `bits` bits, stably, in passes of 11 bits.
 template <class T, class Key>
-void radixSort(std::vector<T>& items, int bits, Key key) {
+void radixSort(std::vector<T>& items, std::vector<T>& scratch, int bits, Key key) {
     constexpr int kDigit = 11;
     constexpr std::size_t kBuckets = std::size_t(1) << kDigit;
-    std::vector<T> scratch(items.size());
+    scratch.resize(items.size());
     std::vector<std::size_t> count(kBuckets);
     for (int shift = 0; shift < bits; shift += kDigit) {
         std::fill(count.begin(), count.end(), 0);
@@ -124,11 +125,12 @@ int bitsFor(std::uint64_t max) {
 // (they hold no equal keys) and the runs merged pairwise, which is linear on a convex contour.
 // Many short runs (noise, segment soups) go to a radix sort, whose cost does not depend on the
 // order but which pays for its buckets on small inputs. (std::sort falls back to heap sort on
-// outline orders.)
+// outline orders.) `scratch` and `runs` are working space.
 template <class T, class Key>
-void sortByKey(std::vector<T>& items, int bits, Key key) {
+void sortByKey(std::vector<T>& items, std::vector<T>& scratch, std::vector<std::size_t>& runs,
+               int bits, Key key) {
     const std::size_t n = items.size();
-    std::vector<std::size_t> runs{0};  // run boundaries
+    runs.assign(1, 0);  // run boundaries
     for (std::size_t begin = 0; begin < n;) {
         std::size_t end = begin + 1;
         if (end < n && key(items[end]) < key(items[begin])) {
@@ -145,11 +147,11 @@ void sortByKey(std::vector<T>& items, int bits, Key key) {
         begin = end;
     }
     if (n > 4096 && runs.size() > n / 16) {
-        radixSort(items, bits, key);
+        radixSort(items, scratch, bits, key);
         return;
     }
     const auto less = [&key](const T& l, const T& r) { return key(l) < key(r); };
-    std::vector<T> scratch(n);
+    scratch.resize(n);
     while (runs.size() > 2) {
         std::size_t kept = 0, r = 0;
         for (; r + 2 < runs.size(); r += 2) {
@@ -188,7 +190,8 @@ Wm4::Vector2f crossingPosition(const Wm4::Vector2f& a, const Wm4::Vector2f& b,
 
 }  // namespace
 
-// The vertices, segments and trapezoids of one decomposition.
+// The vertices, segments and trapezoids of one decomposition. Kept from one outline to the next
+// (build starts afresh), so that its buffers, warm and grown, serve again without allocating.
 class TrapezoidRepresentation {
 public:
     struct Vertex {
@@ -214,6 +217,8 @@ public:
     void build(const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices);
     void emit(TriangulationFillRule rule, std::vector<Wm4::Vector2f>& outPoints,
               std::vector<unsigned int>& outIndices);
+    // Whether the buffers grew too large to be kept for the next outline.
+    bool oversized() const;
 
 private:
     struct Edge {
@@ -228,19 +233,77 @@ private:
         std::uint32_t vertex;
     };
 
-    struct Incidence;
-    struct SegmentOrder;
+    // An index's place in the sweep order, while the outline's vertices are numbered.
+    struct End {
+        std::uint64_t key;
+        std::uint32_t at;  // position in the indices
+    };
+
+    // Left-to-right order of the segments that cross the sweep position, and where a vertex
+    // falls among them. Two segments are compared at the later of their upper ends, where both
+    // exist; a vertex against a segment by the side it lies on. A vertex on a segment falls left
+    // of it, and overlapping segments are unordered: the sweep finds both cases (by the pixel
+    // test of the pair they make once adjacent) and cuts them before it builds on the order.
+    struct SegmentOrder {
+        using is_transparent = void;
+        const TrapezoidRepresentation* self;
+
+        const GridPoint& at(std::uint32_t v) const { return self->mVertices[v].grid; }
+
+        // Whether segment s passes left of p.
+        bool leftOf(std::uint32_t s, const GridPoint& p) const {
+            const Segment& seg = self->mSegments[s];
+            return orient(at(seg.upper), at(seg.lower), p) < 0;
+        }
+        bool operator()(std::uint32_t s, const GridPoint& p) const { return leftOf(s, p); }
+        bool operator()(const GridPoint& p, std::uint32_t s) const { return !leftOf(s, p); }
+        bool operator()(std::uint32_t a, std::uint32_t b) const {
+            if (a == b) {
+                return false;
+            }
+            const Segment& sa = self->mSegments[a];
+            const Segment& sb = self->mSegments[b];
+            if (sa.upper == sb.upper) {
+                return orient(at(sa.upper), at(sa.lower), at(sb.lower)) < 0;
+            }
+            if (at(sb.upper) < at(sa.upper)) {
+                return !leftOf(b, at(sa.upper));
+            }
+            return leftOf(a, at(sb.upper));
+        }
+    };
+    using Status = std::pmr::set<std::uint32_t, SegmentOrder>;
+
+    // What a sweep works with, per vertex and per segment.
+    struct SweepBuffers {
+        // Per vertex, the segments ending there (up) and starting there (down), in flat arrays.
+        std::vector<std::uint32_t> upStart, up, downStart, down, fill;
+        std::vector<std::uint32_t> order;  // the vertices in sweep order
+        // The status tree's nodes: freed ones serve again, in this pass and the next.
+        std::pmr::unsynchronized_pool_resource nodes;
+        std::vector<Status::iterator> where;
+        std::vector<char> present;
+        std::vector<char> suspect;                 // left the order early: tested again after
+        std::vector<std::uint32_t> openTrapezoid;  // the gap right of each segment
+        std::vector<std::int64_t> windingRight;
+        std::vector<std::uint32_t> ending;  // at the vertex being visited, left to right
+        std::vector<std::uint32_t> starting;
+        std::vector<std::uint64_t> byX, byXScratch;  // for recheckDropped
+        std::vector<std::uint32_t> activeAll, activeSuspects;
+    };
+
     class Sweep;
 
+    void clear();
     std::uint32_t addPoint(const GridPoint& grid, const Wm4::Vector2f& position);
-    std::vector<std::uint32_t> numberOutlineVertices(const std::vector<Wm4::Vector2f>& points,
-                                                     const std::vector<unsigned int>& indices);
+    void numberOutlineVertices(const std::vector<Wm4::Vector2f>& points,
+                               const std::vector<unsigned int>& indices);
     GridPoint toGrid(const Wm4::Vector2f& p) const;
     Wm4::Vector2f fromGrid(const GridPoint& g) const;
-    Incidence incidence() const;
-    std::vector<std::uint32_t> sweepOrder() const;
+    void incidence();
+    void sweepOrder();
     bool recordIntersection(std::uint32_t s, std::uint32_t t);
-    void closeOpenRuns(std::vector<Edge>& edges) const;
+    void closeOpenRuns();
     void mergeEdges(const std::vector<Edge>& edges);
     void addFrame();
     void cutSegments();
@@ -251,8 +314,8 @@ private:
     // mSortedKeys; vertices added by splitting and the frame follow, found through mAddedAt.
     std::vector<Vertex> mVertices;
     std::vector<std::uint64_t> mSortedKeys;
-    std::pmr::monotonic_buffer_resource mVertexArena;  // the nodes of mAddedAt
-    std::pmr::unordered_map<std::uint64_t, std::uint32_t> mAddedAt{&mVertexArena};
+    std::pmr::unsynchronized_pool_resource mAddedNodes;
+    std::pmr::unordered_map<std::uint64_t, std::uint32_t> mAddedAt{&mAddedNodes};
     std::vector<Segment> mSegments;                          // the frame's four come last
     std::uint32_t mFrame[4] = {kNone, kNone, kNone, kNone};  // its corners, once made
     // Cuts at existing vertices (T-junctions, overlaps) are exact and go first; cuts at rounded
@@ -262,6 +325,17 @@ private:
     std::vector<Cut> mCrossingCuts;
     std::vector<Trapezoid> mTrapezoids;
     double mMinX = 0, mMinY = 0, mScale = 1;
+
+    // Working space of the steps, members only to keep their capacity.
+    std::vector<End> mEnds, mEndScratch;
+    std::vector<std::size_t> mRuns;
+    std::vector<std::uint32_t> mVertexOf;  // of every index
+    std::vector<Edge> mEdges;
+    std::vector<std::int64_t> mBalance;
+    std::vector<Segment> mSegmentScratch;
+    std::vector<std::uint32_t> mCutStart, mCutPoints, mUpperStart;
+    std::vector<std::uint32_t> mRegionOf, mRegionStart, mByRegion;
+    SweepBuffers mSweep;
 };
 
 namespace {
@@ -298,44 +372,36 @@ std::uint32_t TrapezoidRepresentation::addPoint(const GridPoint& grid,
 }
 
 // The outline's vertices: one per grid point, numbered in sweep order, each at the position of
-// the first index that falls on it; the result gives the vertex of every index. Sorting keys
+// the first index that falls on it; mVertexOf gives the vertex of every index. Sorting keys
 // beats hashing here and leaves the sweep order ready-made. Contours name each point twice in a
 // row (the end of a segment and the start of the next), so only the first of such a pair is
 // sorted.
-std::vector<std::uint32_t> TrapezoidRepresentation::numberOutlineVertices(
-    const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices) {
-    struct End {
-        std::uint64_t key;
-        std::uint32_t at;  // position in `indices`
-    };
-    std::vector<End> ends;
-    ends.reserve(indices.size() / 2 + 1);
+void TrapezoidRepresentation::numberOutlineVertices(const std::vector<Wm4::Vector2f>& points,
+                                                    const std::vector<unsigned int>& indices) {
+    mEnds.clear();
     std::uint64_t maxKey = 0;
     for (std::size_t i = 0; i < indices.size(); ++i) {
         if (i == 0 || indices[i] != indices[i - 1]) {
             const std::uint64_t key = keyOf(toGrid(points[indices[i]]));
             maxKey = std::max(maxKey, key);
-            ends.push_back({key, static_cast<std::uint32_t>(i)});
+            mEnds.push_back({key, static_cast<std::uint32_t>(i)});
         }
     }
     // Stable: among equal keys the first index stays first.
-    sortByKey(ends, bitsFor(maxKey), [](const End& end) { return end.key; });
-    std::vector<std::uint32_t> vertexOf(indices.size());
-    mVertices.reserve(ends.size() + 8);
-    mSortedKeys.reserve(ends.size() + 8);
-    for (const End& end : ends) {
+    sortByKey(mEnds, mEndScratch, mRuns, bitsFor(maxKey), [](const End& end) { return end.key; });
+    mVertexOf.resize(indices.size());
+    for (const End& end : mEnds) {
         if (mSortedKeys.empty() || mSortedKeys.back() != end.key) {
             mVertices.push_back({gridOf(end.key), points[indices[end.at]]});
             mSortedKeys.push_back(end.key);
         }
-        vertexOf[end.at] = static_cast<std::uint32_t>(mVertices.size() - 1);
+        mVertexOf[end.at] = static_cast<std::uint32_t>(mVertices.size() - 1);
     }
     for (std::size_t i = 1; i < indices.size(); ++i) {
         if (indices[i] == indices[i - 1]) {
-            vertexOf[i] = vertexOf[i - 1];
+            mVertexOf[i] = mVertexOf[i - 1];
         }
     }
-    return vertexOf;
 }
 
 GridPoint TrapezoidRepresentation::toGrid(const Wm4::Vector2f& p) const {
@@ -348,47 +414,9 @@ Wm4::Vector2f TrapezoidRepresentation::fromGrid(const GridPoint& g) const {
                          static_cast<float>(mMinY + double(g.y) / mScale));
 }
 
-// Left-to-right order of the segments that cross the sweep position, and where a vertex falls
-// among them. Two segments are compared at the later of their upper ends, where both exist; a
-// vertex against a segment by the side it lies on. A vertex on a segment falls left of it, and
-// overlapping segments are unordered: the sweep finds both cases (by the pixel test of the pair
-// they make once adjacent) and cuts them before it builds on the order.
-struct TrapezoidRepresentation::SegmentOrder {
-    using is_transparent = void;
-    const TrapezoidRepresentation* self;
-
-    const GridPoint& at(std::uint32_t v) const { return self->mVertices[v].grid; }
-
-    // Whether segment s passes left of p.
-    bool leftOf(std::uint32_t s, const GridPoint& p) const {
-        const Segment& seg = self->mSegments[s];
-        return orient(at(seg.upper), at(seg.lower), p) < 0;
-    }
-    bool operator()(std::uint32_t s, const GridPoint& p) const { return leftOf(s, p); }
-    bool operator()(const GridPoint& p, std::uint32_t s) const { return !leftOf(s, p); }
-    bool operator()(std::uint32_t a, std::uint32_t b) const {
-        if (a == b) {
-            return false;
-        }
-        const Segment& sa = self->mSegments[a];
-        const Segment& sb = self->mSegments[b];
-        if (sa.upper == sb.upper) {
-            return orient(at(sa.upper), at(sa.lower), at(sb.lower)) < 0;
-        }
-        if (at(sb.upper) < at(sa.upper)) {
-            return !leftOf(b, at(sa.upper));
-        }
-        return leftOf(a, at(sb.upper));
-    }
-};
-
-// Per vertex, the segments ending there (up) and starting there (down), in flat arrays.
-struct TrapezoidRepresentation::Incidence {
-    std::vector<std::uint32_t> upStart, up, downStart, down;
-};
-
-TrapezoidRepresentation::Incidence TrapezoidRepresentation::incidence() const {
-    Incidence in;
+// Per vertex, the segments ending there and starting there.
+void TrapezoidRepresentation::incidence() {
+    SweepBuffers& in = mSweep;
     in.upStart.assign(mVertices.size() + 1, 0);
     in.downStart.assign(mVertices.size() + 1, 0);
     for (const Segment& seg : mSegments) {
@@ -399,20 +427,22 @@ TrapezoidRepresentation::Incidence TrapezoidRepresentation::incidence() const {
     std::partial_sum(in.downStart.begin(), in.downStart.end(), in.downStart.begin());
     in.up.resize(mSegments.size());
     in.down.resize(mSegments.size());
-    std::vector<std::uint32_t> upFill(in.upStart.begin(), in.upStart.end() - 1);
-    std::vector<std::uint32_t> downFill(in.downStart.begin(), in.downStart.end() - 1);
+    in.fill.assign(in.upStart.begin(), in.upStart.end() - 1);
     for (std::uint32_t s = 0; s < mSegments.size(); ++s) {
-        in.up[upFill[mSegments[s].lower]++] = s;
-        in.down[downFill[mSegments[s].upper]++] = s;
+        in.up[in.fill[mSegments[s].lower]++] = s;
     }
-    return in;
+    in.fill.assign(in.downStart.begin(), in.downStart.end() - 1);
+    for (std::uint32_t s = 0; s < mSegments.size(); ++s) {
+        in.down[in.fill[mSegments[s].upper]++] = s;
+    }
 }
 
 // The outline's vertices are numbered in order already; only the added ones are sorted and
 // merged in.
-std::vector<std::uint32_t> TrapezoidRepresentation::sweepOrder() const {
+void TrapezoidRepresentation::sweepOrder() {
     const auto sorted = static_cast<std::uint32_t>(mSortedKeys.size());
-    std::vector<std::uint32_t> order(mVertices.size());
+    std::vector<std::uint32_t>& order = mSweep.order;
+    order.resize(mVertices.size());
     std::iota(order.begin(), order.end(), 0u);
     if (order.size() > sorted) {
         const auto before = [this](std::uint32_t l, std::uint32_t r) {
@@ -421,7 +451,6 @@ std::vector<std::uint32_t> TrapezoidRepresentation::sweepOrder() const {
         std::sort(order.begin() + sorted, order.end(), before);
         std::inplace_merge(order.begin(), order.begin() + sorted, order.end(), before);
     }
-    return order;
 }
 
 // Classifies the pair (s, t): every crossing, T-junction and collinear overlap becomes a cut of
@@ -508,13 +537,14 @@ public:
     bool run();
 
 private:
-    using Status = std::pmr::set<std::uint32_t, SegmentOrder>;
     struct Pair {
         std::uint32_t left = kNone;
         std::uint32_t right = kNone;
     };
 
     void visit(std::uint32_t v);
+    void passThrough(std::uint32_t v, std::uint32_t ending, std::uint32_t starting);
+    void joinAt(const Pair& closed, const Pair& opened);
     void collectEnding(std::uint32_t v);
     void removeEnding(std::uint32_t v);
     Status::iterator insertStarting(std::uint32_t v, Status::iterator it);
@@ -529,39 +559,46 @@ private:
 
     TrapezoidRepresentation& mSelf;
     const std::vector<Segment>& mSegments;
-    const Incidence mIn;
-    // The status tree takes its nodes from an arena: no heap allocation per segment, and every
-    // segment enters the tree at most once per pass.
-    std::pmr::monotonic_buffer_resource mArena;
+    SweepBuffers& mIn;
     const SegmentOrder mLess;
-    Status mStatus;
-    std::vector<Status::iterator> mWhere;
-    std::vector<char> mPresent;
-    std::vector<char> mSuspect;  // left the order early: tested again after the sweep
-    std::vector<std::uint32_t> mOpenTrapezoid;  // the gap right of each segment
-    std::vector<std::int64_t> mWindingRight;
-    std::vector<std::uint32_t> mEnding;  // at the vertex being visited, left to right
-    std::vector<std::uint32_t> mStarting;
+    Status mStatus;  // no heap allocation per segment: nodes come from mIn.nodes
+    std::vector<Status::iterator>& mWhere;
+    std::vector<char>& mPresent;
+    std::vector<char>& mSuspect;
+    std::vector<std::uint32_t>& mOpenTrapezoid;
+    std::vector<std::int64_t>& mWindingRight;
+    std::vector<std::uint32_t>& mEnding;
+    std::vector<std::uint32_t>& mStarting;
     bool mBuilding = true;  // nothing found yet
 };
 
 TrapezoidRepresentation::Sweep::Sweep(TrapezoidRepresentation& self)
     : mSelf(self),
       mSegments(self.mSegments),
-      mIn(self.incidence()),
-      mArena(64 * (self.mSegments.size() + 1)),
+      mIn(self.mSweep),
       mLess{&self},
-      mStatus(mLess, &mArena),
-      mWhere(mSegments.size()),
-      mPresent(mSegments.size(), 0),
-      mSuspect(mSegments.size(), 0),
-      mOpenTrapezoid(mSegments.size(), kNone),
-      mWindingRight(mSegments.size(), 0) {}
+      mStatus(mLess, &mIn.nodes),
+      mWhere(mIn.where),
+      mPresent(mIn.present),
+      mSuspect(mIn.suspect),
+      mOpenTrapezoid(mIn.openTrapezoid),
+      mWindingRight(mIn.windingRight),
+      mEnding(mIn.ending),
+      mStarting(mIn.starting) {
+    self.incidence();
+    self.sweepOrder();
+    const std::size_t count = mSegments.size();
+    mWhere.resize(count);
+    mPresent.assign(count, 0);
+    mSuspect.assign(count, 0);
+    mOpenTrapezoid.assign(count, kNone);
+    mWindingRight.assign(count, 0);
+}
 
 bool TrapezoidRepresentation::Sweep::run() {
     mSelf.mTrapezoids.clear();
     mSelf.mTrapezoids.reserve(mSegments.size() * 3);
-    for (std::uint32_t v : mSelf.sweepOrder()) {
+    for (std::uint32_t v : mIn.order) {
         visit(v);
     }
     if (mBuilding) {
@@ -574,8 +611,14 @@ bool TrapezoidRepresentation::Sweep::run() {
 // One vertex: the segments ending here leave the order, those starting here enter it, the gaps
 // that meet here close and the new ones open, and the pairs that became adjacent are tested.
 void TrapezoidRepresentation::Sweep::visit(std::uint32_t v) {
-    const bool ends = mIn.upStart[v + 1] != mIn.upStart[v];
-    const bool starts = mIn.downStart[v + 1] != mIn.downStart[v];
+    const std::uint32_t endCount = mIn.upStart[v + 1] - mIn.upStart[v];
+    const std::uint32_t startCount = mIn.downStart[v + 1] - mIn.downStart[v];
+    if (mBuilding && endCount == 1 && startCount == 1) {
+        passThrough(v, mIn.up[mIn.upStart[v]], mIn.down[mIn.downStart[v]]);
+        return;
+    }
+    const bool ends = endCount != 0;
+    const bool starts = startCount != 0;
     mEnding.clear();
     if (mBuilding && ends) {
         collectEnding(v);
@@ -591,13 +634,7 @@ void TrapezoidRepresentation::Sweep::visit(std::uint32_t v) {
 
     const auto firstInserted = insertStarting(v, it);
     if (building && mBuilding) {
-        const Pair opened = openGaps(v, pred);
-        if (closed.left != kNone && opened.left != kNone) {
-            mSelf.joinRegions(closed.left, opened.left);
-        }
-        if (closed.right != kNone && opened.right != kNone) {
-            mSelf.joinRegions(closed.right, opened.right);
-        }
+        joinAt(closed, openGaps(v, pred));
     }
     // New neighbours: left of the first inserted, right of the last, or across the vertex.
     if (firstInserted != mStatus.end()) {
@@ -610,6 +647,41 @@ void TrapezoidRepresentation::Sweep::visit(std::uint32_t v) {
         }
     } else {
         testAround(it);
+    }
+}
+
+// A vertex that one segment reaches and one leaves, as most vertices of a contour, while nothing
+// was found: the new segment takes the old one's place in the order, where nothing else can be
+// (a segment through v would have met the old one already), so the tree is neither searched nor
+// rebalanced. (Once segments were dropped, the general path keeps placing by search.)
+void TrapezoidRepresentation::Sweep::passThrough(std::uint32_t v, std::uint32_t ending,
+                                                 std::uint32_t starting) {
+    const Status::iterator it = mWhere[ending];
+    const std::uint32_t pred = it == mStatus.begin() ? kNone : *std::prev(it);
+    const auto next = std::next(it);
+    const std::uint32_t succ = next == mStatus.end() ? kNone : *next;
+    mEnding.assign(1, ending);
+    mStarting.assign(1, starting);
+    const Pair closed = closeGaps(v, pred, succ);
+    // The key changes in place; the order stays as it was.
+    const_cast<std::uint32_t&>(*it) = starting;
+    mWhere[starting] = it;
+    mPresent[ending] = 0;
+    mPresent[starting] = 1;
+    joinAt(closed, openGaps(v, pred));
+    testAround(it);
+    if (mPresent[starting] && succ != kNone && mPresent[succ]) {
+        testAround(mWhere[succ]);
+    }
+}
+
+// The gaps closed at a vertex continue in the gaps opened there: their regions are one.
+void TrapezoidRepresentation::Sweep::joinAt(const Pair& closed, const Pair& opened) {
+    if (closed.left != kNone && opened.left != kNone) {
+        mSelf.joinRegions(closed.left, opened.left);
+    }
+    if (closed.right != kNone && opened.right != kNone) {
+        mSelf.joinRegions(closed.right, opened.right);
     }
 }
 
@@ -643,7 +715,7 @@ void TrapezoidRepresentation::Sweep::removeEnding(std::uint32_t v) {
 // Inserts the segments starting at v before `it`, left to right, and returns the first inserted
 // (the end when none); `mStarting` keeps them in order. Two segments leaving v in the same
 // direction overlap: the longer is cut where the shorter ends, and sits this pass out.
-TrapezoidRepresentation::Sweep::Status::iterator TrapezoidRepresentation::Sweep::insertStarting(
+TrapezoidRepresentation::Status::iterator TrapezoidRepresentation::Sweep::insertStarting(
     std::uint32_t v, Status::iterator it) {
     mStarting.assign(mIn.down.begin() + mIn.downStart[v], mIn.down.begin() + mIn.downStart[v + 1]);
     std::sort(mStarting.begin(), mStarting.end(), mLess);
@@ -742,7 +814,7 @@ void TrapezoidRepresentation::Sweep::testAround(Status::iterator it) {
     }
 }
 
-TrapezoidRepresentation::Sweep::Status::iterator TrapezoidRepresentation::Sweep::drop(
+TrapezoidRepresentation::Status::iterator TrapezoidRepresentation::Sweep::drop(
     Status::iterator it) {
     found();
     mPresent[*it] = 0;
@@ -770,18 +842,24 @@ void TrapezoidRepresentation::Sweep::recheckDropped() {
     const auto maxX = [&](std::uint32_t i) {
         return std::max(vertices[mSegments[i].upper].grid.x, vertices[mSegments[i].lower].grid.x);
     };
-    std::vector<std::uint32_t> byX(count);
-    std::iota(byX.begin(), byX.end(), 0u);
-    std::sort(byX.begin(), byX.end(), [&](std::uint32_t l, std::uint32_t r) {
-        return minX(l) < minX(r) || (minX(l) == minX(r) && l < r);
-    });
-    std::vector<std::uint32_t> activeAll, activeSuspects;
+    // By left end, then by id; outline segments lie at x >= 0.
+    std::vector<std::uint64_t>& byX = mIn.byX;
+    byX.resize(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        byX[i] = (static_cast<std::uint64_t>(minX(i)) << 32) | i;
+    }
+    sortByKey(byX, mIn.byXScratch, mSelf.mRuns, 64, [](std::uint64_t key) { return key; });
+    std::vector<std::uint32_t>& activeAll = mIn.activeAll;
+    std::vector<std::uint32_t>& activeSuspects = mIn.activeSuspects;
+    activeAll.clear();
+    activeSuspects.clear();
     const auto prune = [&](std::vector<std::uint32_t>& active, std::int64_t left) {
         active.erase(std::remove_if(active.begin(), active.end(),
                                     [&](std::uint32_t t) { return maxX(t) < left; }),
                      active.end());
     };
-    for (std::uint32_t current : byX) {
+    for (const std::uint64_t key : byX) {
+        const auto current = static_cast<std::uint32_t>(key);
         const std::int64_t left = minX(current);
         const bool isSuspect = mSuspect[current] != 0;
         prune(activeSuspects, left);
@@ -809,21 +887,24 @@ void TrapezoidRepresentation::cutSegments() {
     }
     // The cut points of each segment, grouped by a counting sort in the order they were found.
     const auto count = static_cast<std::uint32_t>(mSegments.size());
-    std::vector<std::uint32_t> start(std::size_t(count) + 1, 0);
+    std::vector<std::uint32_t>& start = mCutStart;
+    start.assign(std::size_t(count) + 1, 0);
     for (const Cut& c : mCuts) {
         ++start[c.segment + 1];
     }
     std::partial_sum(start.begin(), start.end(), start.begin());
-    std::vector<std::uint32_t> points(mCuts.size());
-    std::vector<std::uint32_t> fill(start.begin(), start.end() - 1);
+    std::vector<std::uint32_t>& points = mCutPoints;
+    points.resize(mCuts.size());
+    std::vector<std::uint32_t>& fill = mSweep.fill;
+    fill.assign(start.begin(), start.end() - 1);
     for (const Cut& c : mCuts) {
         points[fill[c.segment]++] = c.vertex;
     }
     mCuts.clear();
     mCrossingCuts.clear();
 
-    std::vector<Edge> pieces;
-    pieces.reserve(mSegments.size() + points.size());
+    std::vector<Edge>& pieces = mEdges;
+    pieces.clear();
     for (std::uint32_t i = 0; i < count; ++i) {
         const Segment& seg = mSegments[i];
         const auto first = points.begin() + start[i], last = points.begin() + start[i + 1];
@@ -851,8 +932,29 @@ void TrapezoidRepresentation::cutSegments() {
     addFrame();
 }
 
+// Empties everything, keeping the buffers' capacity.
+void TrapezoidRepresentation::clear() {
+    mVertices.clear();
+    mSortedKeys.clear();
+    mAddedAt.clear();
+    mSegments.clear();
+    std::fill(std::begin(mFrame), std::end(mFrame), kNone);
+    mCuts.clear();
+    mCrossingCuts.clear();
+    mTrapezoids.clear();
+}
+
+// A buffer this large served an outline of tens of thousands of segments; such outlines are
+// rare enough to allocate for, and keeping what they grew would hold memory for nothing.
+bool TrapezoidRepresentation::oversized() const {
+    constexpr std::size_t kKeep = std::size_t(1) << 15;
+    return mSegments.capacity() > kKeep || mVertices.capacity() > kKeep ||
+           mEnds.capacity() > kKeep || mTrapezoids.capacity() > 4 * kKeep;
+}
+
 void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
                                     const std::vector<unsigned int>& indices) {
+    clear();
     double minX = std::numeric_limits<double>::infinity(), minY = minX;
     double maxX = -minX, maxY = -minX;
     for (unsigned int index : indices) {
@@ -876,23 +978,22 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
     mMinY = minY;
     mScale = extent > 0 ? double(kGridSteps) / extent : 1.0;
 
-    const std::vector<std::uint32_t> vertexOf = numberOutlineVertices(points, indices);
-    std::vector<Edge> edges;
-    edges.reserve(indices.size() / 2 + 1);
+    numberOutlineVertices(points, indices);
+    mEdges.clear();
     for (std::size_t i = 0; i + 1 < indices.size(); i += 2) {
         // A segment whose ends fall on one vertex encloses nothing and changes no winding
         // number: it is always left out.
-        if (vertexOf[i] != vertexOf[i + 1]) {
-            edges.push_back({vertexOf[i], vertexOf[i + 1], 1});
+        if (mVertexOf[i] != mVertexOf[i + 1]) {
+            mEdges.push_back({mVertexOf[i], mVertexOf[i + 1], 1});
         }
     }
     // Segments that cancel out (an open run closed back along itself) still span the frame in
     // which every trapezoid is kept by the rules that keep everything.
-    if (edges.empty()) {
+    if (mEdges.empty()) {
         return;
     }
-    closeOpenRuns(edges);
-    mergeEdges(edges);
+    closeOpenRuns();
+    mergeEdges(mEdges);
     addFrame();
     for (int passes = 0;; ++passes) {
         if (Sweep(*this).run()) {
@@ -913,8 +1014,10 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
 // some vertex has more segments leaving than arriving, every run that does not end where it
 // began gets its closing segment. An outline with no such vertex is closed already, whatever the
 // order of its segments, and is left as it is.
-void TrapezoidRepresentation::closeOpenRuns(std::vector<Edge>& edges) const {
-    std::vector<std::int64_t> balance(mVertices.size(), 0);  // leaving minus arriving
+void TrapezoidRepresentation::closeOpenRuns() {
+    std::vector<Edge>& edges = mEdges;
+    std::vector<std::int64_t>& balance = mBalance;  // leaving minus arriving
+    balance.assign(mVertices.size(), 0);
     for (const Edge& e : edges) {
         ++balance[e.a];
         --balance[e.b];
@@ -937,19 +1040,41 @@ void TrapezoidRepresentation::closeOpenRuns(std::vector<Edge>& edges) const {
 
 // Equal segments become one, their weights summed by direction; those that cancel disappear.
 void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
-    mSegments.clear();
-    mSegments.reserve(edges.size() + 4);
+    // Ordered by upper end with a counting sort, then by lower end within each (short) group.
+    std::vector<std::uint32_t>& start = mUpperStart;
+    start.assign(mVertices.size() + 1, 0);
+    const auto upper = [this](const Edge& e) {
+        return mVertices[e.a].grid < mVertices[e.b].grid ? e.a : e.b;
+    };
     for (const Edge& e : edges) {
-        const bool downward = mVertices[e.a].grid < mVertices[e.b].grid;
+        start[upper(e) + 1] += e.a != e.b;
+    }
+    std::partial_sum(start.begin(), start.end(), start.begin());
+    mSegments.resize(start.back());
+    for (const Edge& e : edges) {
         if (e.a != e.b) {
-            mSegments.push_back(
-                {downward ? e.a : e.b, downward ? e.b : e.a, downward ? e.weight : -e.weight});
+            const bool downward = upper(e) == e.a;
+            mSegments[start[upper(e)]++] = {downward ? e.a : e.b, downward ? e.b : e.a,
+                                            downward ? e.weight : -e.weight};
         }
     }
-    const int idBits = bitsFor(mVertices.size());
-    sortByKey(mSegments, 2 * idBits, [idBits](const Segment& seg) {
-        return (std::uint64_t(seg.upper) << idBits) | seg.lower;
-    });
+    const auto byLower = [](const Segment& l, const Segment& r) { return l.lower < r.lower; };
+    for (std::size_t first = 0; first < mSegments.size();) {
+        std::size_t last = first + 1;
+        while (last < mSegments.size() && mSegments[last].upper == mSegments[first].upper) {
+            ++last;
+        }
+        if (last - first > 16) {
+            std::sort(mSegments.begin() + first, mSegments.begin() + last, byLower);
+        } else {
+            for (std::size_t i = first + 1; i < last; ++i) {  // insertion sort
+                for (std::size_t j = i; j > first && byLower(mSegments[j], mSegments[j - 1]); --j) {
+                    std::swap(mSegments[j], mSegments[j - 1]);
+                }
+            }
+        }
+        first = last;
+    }
     std::size_t kept = 0;
     for (std::size_t i = 0; i < mSegments.size();) {
         Segment merged = mSegments[i];
@@ -1011,10 +1136,14 @@ namespace {
 
 // x of the segment P-Q at height y: the line y = m x + b solved for x, in the form
 // x = P.x + (y - P.y) / m and in double, which keeps steep and nearly horizontal segments exact
-// where (y - b) / m in float would cancel or overflow. A vertical segment keeps its x.
+// where (y - b) / m in float would cancel or overflow. A vertical segment keeps its x, and the
+// height of an end gives that end's own x.
 float xAtHeight(const Wm4::Vector2f& P, const Wm4::Vector2f& Q, float y) {
-    if (Q.X() - P.X() == 0.0f) {
+    if (Q.X() - P.X() == 0.0f || y == P.Y()) {
         return P.X();
+    }
+    if (y == Q.Y()) {
+        return Q.X();
     }
     const double x =
         P.X() + (double(y) - P.Y()) * (double(Q.X()) - P.X()) / (double(Q.Y()) - P.Y());
@@ -1049,8 +1178,10 @@ void TrapezoidRepresentation::emit(TriangulationFillRule rule,
     // Grouped by region with a counting sort. A region is named by its smallest trapezoid, so
     // the groups come in the order of their first trapezoids, each in trapezoid order.
     const auto count = static_cast<std::uint32_t>(mTrapezoids.size());
-    std::vector<std::uint32_t> regionOf(count, kNone);
-    std::vector<std::uint32_t> start(std::size_t(count) + 1, 0);
+    std::vector<std::uint32_t>& regionOf = mRegionOf;
+    std::vector<std::uint32_t>& start = mRegionStart;
+    regionOf.assign(count, kNone);
+    start.assign(std::size_t(count) + 1, 0);
     for (std::uint32_t t = 0; t < count; ++t) {
         if (mTrapezoids[t].bottom != kNone) {
             regionOf[t] = findRegion(t);
@@ -1058,16 +1189,20 @@ void TrapezoidRepresentation::emit(TriangulationFillRule rule,
         }
     }
     std::partial_sum(start.begin(), start.end(), start.begin());
-    std::vector<std::uint32_t> byRegion(start.back());
+    std::vector<std::uint32_t>& byRegion = mByRegion;
+    byRegion.resize(start.back());
     for (std::uint32_t t = 0; t < count; ++t) {
         if (regionOf[t] != kNone) {
             byRegion[start[regionOf[t]]++] = t;
         }
     }
+    // The kept trapezoids with height, moved to the front, so that the output grows once.
+    std::size_t emitted = 0;
     bool kept = false;
     for (std::size_t i = 0; i < byRegion.size(); ++i) {
-        const Trapezoid& trapezoid = mTrapezoids[byRegion[i]];
-        if (i == 0 || regionOf[byRegion[i]] != regionOf[byRegion[i - 1]]) {
+        const std::uint32_t t = byRegion[i];
+        const Trapezoid& trapezoid = mTrapezoids[t];
+        if (i == 0 || regionOf[t] != regionOf[byRegion[i - 1]]) {
             kept = keeps(rule, trapezoid.winding);
         }
         if (!kept) {
@@ -1076,27 +1211,44 @@ void TrapezoidRepresentation::emit(TriangulationFillRule rule,
         if (trapezoid.left == kNone || trapezoid.right == kNone) {
             fail();
         }
+        if (mVertices[trapezoid.top].position.Y() != mVertices[trapezoid.bottom].position.Y()) {
+            byRegion[emitted++] = t;
+        }
+    }
+    auto n = static_cast<unsigned int>(outPoints.size());
+    outPoints.resize(outPoints.size() + 4 * emitted);
+    outIndices.resize(outIndices.size() + 6 * emitted);
+    Wm4::Vector2f* point = outPoints.data() + n;
+    unsigned int* index = outIndices.data() + outIndices.size() - 6 * emitted;
+    for (std::size_t i = 0; i < emitted; ++i, n += 4) {
+        const Trapezoid& trapezoid = mTrapezoids[byRegion[i]];
         const float yA = mVertices[trapezoid.top].position.Y();
         const float yB = mVertices[trapezoid.bottom].position.Y();
-        if (yA == yB) {
-            continue;
-        }
         const Segment& first = mSegments[trapezoid.left];
         const Segment& second = mSegments[trapezoid.right];
         const Wm4::Vector2f& P1 = mVertices[first.upper].position;
         const Wm4::Vector2f& Q1 = mVertices[first.lower].position;
         const Wm4::Vector2f& P2 = mVertices[second.upper].position;
         const Wm4::Vector2f& Q2 = mVertices[second.lower].position;
-        outPoints.emplace_back(xAtHeight(P2, Q2, yA), yA);
-        outPoints.emplace_back(xAtHeight(P1, Q1, yA), yA);
-        outPoints.emplace_back(xAtHeight(P1, Q1, yB), yB);
-        outPoints.emplace_back(xAtHeight(P2, Q2, yB), yB);
-        const auto n = static_cast<unsigned int>(outPoints.size());
-        outIndices.insert(outIndices.end(), {n - 4, n - 3, n - 1, n - 3, n - 1, n - 2});
+        *point++ = Wm4::Vector2f(xAtHeight(P2, Q2, yA), yA);
+        *point++ = Wm4::Vector2f(xAtHeight(P1, Q1, yA), yA);
+        *point++ = Wm4::Vector2f(xAtHeight(P1, Q1, yB), yB);
+        *point++ = Wm4::Vector2f(xAtHeight(P2, Q2, yB), yB);
+        for (unsigned int k : {0u, 1u, 3u, 1u, 3u, 2u}) {
+            *index++ = n + k;
+        }
     }
 }
 
 }  // namespace impl
+
+namespace {
+
+// One representation per thread, kept between calls while it stays small: filling many small
+// outlines one after another then reuses warm buffers instead of allocating them each time.
+thread_local std::unique_ptr<impl::TrapezoidRepresentation> tKept;
+
+}  // namespace
 
 bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
                      const std::vector<unsigned int>& indices,
@@ -1105,14 +1257,22 @@ bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
     if (indices.size() % 2 != 0) {
         return false;
     }
-    try {
-        impl::TrapezoidRepresentation representation;
-        representation.build(points, indices);
-        representation.emit(rule, outPoints, outIndices);
-        return true;
-    } catch (const std::exception&) {
-        return false;
+    // Taken out of the thread's slot while in use.
+    std::unique_ptr<impl::TrapezoidRepresentation> representation = std::move(tKept);
+    if (!representation) {
+        representation = std::make_unique<impl::TrapezoidRepresentation>();
     }
+    bool ok = true;
+    try {
+        representation->build(points, indices);
+        representation->emit(rule, outPoints, outIndices);
+    } catch (const std::exception&) {
+        ok = false;
+    }
+    if (!representation->oversized()) {
+        tKept = std::move(representation);
+    }
+    return ok;
 }
 
 }  // namespace tq

@@ -14,6 +14,7 @@
 // run: a machine busy with other work slows both alike.
 #include <GL/glu.h>
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -504,6 +505,9 @@ void add(const char* shape, std::size_t n, bool runGlu = true) {
 // The console output, and the CPU time of every run by name, for the table at the end.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
+    // Colours only on a terminal, as the default reporter does.
+    RatioReporter() : ConsoleReporter(isatty(fileno(stdout)) ? OO_ColorTabular : OO_Tabular) {}
+
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred) {

@@ -279,6 +279,7 @@ private:
         // Per vertex, the segments ending there (up) and starting there (down), in flat arrays.
         std::vector<std::uint32_t> upStart, up, downStart, down, fill;
         std::vector<std::uint32_t> order;  // the vertices in sweep order
+        std::vector<std::uint32_t> added;  // those added by cuts and the frame
         // The status tree's nodes: freed ones serve again, in this pass and the next.
         std::pmr::unsynchronized_pool_resource nodes;
         std::vector<Status::iterator> where;
@@ -378,21 +379,27 @@ std::uint32_t TrapezoidRepresentation::addPoint(const GridPoint& grid,
 // sorted.
 void TrapezoidRepresentation::numberOutlineVertices(const std::vector<Wm4::Vector2f>& points,
                                                     const std::vector<unsigned int>& indices) {
-    mEnds.clear();
+    // Fields are written in place: a whole End built aside and copied in stalls on the copy.
+    mEnds.resize(indices.size());
+    std::size_t count = 0;
     std::uint64_t maxKey = 0;
     for (std::size_t i = 0; i < indices.size(); ++i) {
         if (i == 0 || indices[i] != indices[i - 1]) {
-            const std::uint64_t key = keyOf(toGrid(points[indices[i]]));
-            maxKey = std::max(maxKey, key);
-            mEnds.push_back({key, static_cast<std::uint32_t>(i)});
+            End& end = mEnds[count++];
+            end.key = keyOf(toGrid(points[indices[i]]));
+            end.at = static_cast<std::uint32_t>(i);
+            maxKey = std::max(maxKey, end.key);
         }
     }
+    mEnds.resize(count);
     // Stable: among equal keys the first index stays first.
     sortByKey(mEnds, mEndScratch, mRuns, bitsFor(maxKey), [](const End& end) { return end.key; });
     mVertexOf.resize(indices.size());
     for (const End& end : mEnds) {
         if (mSortedKeys.empty() || mSortedKeys.back() != end.key) {
-            mVertices.push_back({gridOf(end.key), points[indices[end.at]]});
+            Vertex& vertex = mVertices.emplace_back();
+            vertex.grid = gridOf(end.key);
+            vertex.position = points[indices[end.at]];
             mSortedKeys.push_back(end.key);
         }
         mVertexOf[end.at] = static_cast<std::uint32_t>(mVertices.size() - 1);
@@ -441,15 +448,27 @@ void TrapezoidRepresentation::incidence() {
 // merged in.
 void TrapezoidRepresentation::sweepOrder() {
     const auto sorted = static_cast<std::uint32_t>(mSortedKeys.size());
+    const auto count = static_cast<std::uint32_t>(mVertices.size());
+    const auto before = [this](std::uint32_t l, std::uint32_t r) {
+        return mVertices[l].grid < mVertices[r].grid;
+    };
+    // Merged by hand into the buffer: std::inplace_merge would allocate one of its own.
+    std::vector<std::uint32_t>& added = mSweep.added;
+    added.resize(count - sorted);
+    std::iota(added.begin(), added.end(), sorted);
+    std::sort(added.begin(), added.end(), before);
     std::vector<std::uint32_t>& order = mSweep.order;
-    order.resize(mVertices.size());
-    std::iota(order.begin(), order.end(), 0u);
-    if (order.size() > sorted) {
-        const auto before = [this](std::uint32_t l, std::uint32_t r) {
-            return mVertices[l].grid < mVertices[r].grid;
-        };
-        std::sort(order.begin() + sorted, order.end(), before);
-        std::inplace_merge(order.begin(), order.begin() + sorted, order.end(), before);
+    order.resize(count);
+    std::uint32_t next = 0;
+    std::size_t k = 0, out = 0;
+    while (next < sorted && k < added.size()) {
+        order[out++] = before(added[k], next) ? added[k++] : next++;
+    }
+    while (next < sorted) {
+        order[out++] = next++;
+    }
+    while (k < added.size()) {
+        order[out++] = added[k++];
     }
 }
 
@@ -783,7 +802,13 @@ TrapezoidRepresentation::Sweep::Pair TrapezoidRepresentation::Sweep::openGaps(st
 std::uint32_t TrapezoidRepresentation::Sweep::open(std::uint32_t owner, std::uint32_t top) {
     std::vector<Trapezoid>& trapezoids = mSelf.mTrapezoids;
     const auto t = static_cast<std::uint32_t>(trapezoids.size());
-    trapezoids.push_back({owner, kNone, top, kNone, mWindingRight[owner], t});
+    Trapezoid& trapezoid = trapezoids.emplace_back();
+    trapezoid.left = owner;
+    trapezoid.right = kNone;
+    trapezoid.top = top;
+    trapezoid.bottom = kNone;
+    trapezoid.winding = mWindingRight[owner];
+    trapezoid.region = t;
     mOpenTrapezoid[owner] = t;
     return t;
 }
@@ -1054,8 +1079,10 @@ void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
     for (const Edge& e : edges) {
         if (e.a != e.b) {
             const bool downward = upper(e) == e.a;
-            mSegments[start[upper(e)]++] = {downward ? e.a : e.b, downward ? e.b : e.a,
-                                            downward ? e.weight : -e.weight};
+            Segment& seg = mSegments[start[upper(e)]++];
+            seg.upper = downward ? e.a : e.b;
+            seg.lower = downward ? e.b : e.a;
+            seg.delta = downward ? e.weight : -e.weight;
         }
     }
     const auto byLower = [](const Segment& l, const Segment& r) { return l.lower < r.lower; };

@@ -305,9 +305,12 @@ private:
     void sweepOrder();
     bool recordIntersection(std::uint32_t s, std::uint32_t t);
     void closeOpenRuns();
+    void orderAsSegments(const std::vector<Edge>& edges);
     void mergeEdges(const std::vector<Edge>& edges);
     void addFrame();
     void cutSegments();
+    void groupByRegion();
+    std::size_t keepTrapezoids(TriangulationFillRule rule);
     std::uint32_t findRegion(std::uint32_t t);
     void joinRegions(std::uint32_t a, std::uint32_t b);
 
@@ -1063,9 +1066,9 @@ void TrapezoidRepresentation::closeOpenRuns() {
     }
 }
 
-// Equal segments become one, their weights summed by direction; those that cancel disappear.
-void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
-    // Ordered by upper end with a counting sort, then by lower end within each (short) group.
+// The edges as segments directed down the sweep, in mSegments, ordered by upper end (a counting
+// sort) and then by lower end within each group (short ones by insertion).
+void TrapezoidRepresentation::orderAsSegments(const std::vector<Edge>& edges) {
     std::vector<std::uint32_t>& start = mUpperStart;
     start.assign(mVertices.size() + 1, 0);
     const auto upper = [this](const Edge& e) {
@@ -1102,6 +1105,11 @@ void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
         }
         first = last;
     }
+}
+
+// Equal segments become one, their weights summed by direction; those that cancel disappear.
+void TrapezoidRepresentation::mergeEdges(const std::vector<Edge>& edges) {
+    orderAsSegments(edges);
     std::size_t kept = 0;
     for (std::size_t i = 0; i < mSegments.size();) {
         Segment merged = mSegments[i];
@@ -1196,14 +1204,10 @@ bool keeps(TriangulationFillRule rule, std::int64_t winding) {
 
 }  // namespace
 
-// Regions in the order of their first trapezoid, each kept or rejected whole by the winding
-// number of that trapezoid; every kept trapezoid of non-zero height gives four fresh points and
-// two triangles.
-void TrapezoidRepresentation::emit(TriangulationFillRule rule,
-                                   std::vector<Wm4::Vector2f>& outPoints,
-                                   std::vector<unsigned int>& outIndices) {
-    // Grouped by region with a counting sort. A region is named by its smallest trapezoid, so
-    // the groups come in the order of their first trapezoids, each in trapezoid order.
+// The closed trapezoids in mByRegion, grouped by region with a counting sort, and the region of
+// each in mRegionOf. A region is named by its smallest trapezoid, so the groups come in the order
+// of their first trapezoids, each in trapezoid order.
+void TrapezoidRepresentation::groupByRegion() {
     const auto count = static_cast<std::uint32_t>(mTrapezoids.size());
     std::vector<std::uint32_t>& regionOf = mRegionOf;
     std::vector<std::uint32_t>& start = mRegionStart;
@@ -1216,20 +1220,24 @@ void TrapezoidRepresentation::emit(TriangulationFillRule rule,
         }
     }
     std::partial_sum(start.begin(), start.end(), start.begin());
-    std::vector<std::uint32_t>& byRegion = mByRegion;
-    byRegion.resize(start.back());
+    mByRegion.resize(start.back());
     for (std::uint32_t t = 0; t < count; ++t) {
         if (regionOf[t] != kNone) {
-            byRegion[start[regionOf[t]]++] = t;
+            mByRegion[start[regionOf[t]]++] = t;
         }
     }
-    // The kept trapezoids with height, moved to the front, so that the output grows once.
+}
+
+// Moves the trapezoids to emit to the front of mByRegion and returns their count: those of the
+// regions that the rule keeps (by the winding number of each region's first trapezoid) that have
+// a height.
+std::size_t TrapezoidRepresentation::keepTrapezoids(TriangulationFillRule rule) {
     std::size_t emitted = 0;
     bool kept = false;
-    for (std::size_t i = 0; i < byRegion.size(); ++i) {
-        const std::uint32_t t = byRegion[i];
+    for (std::size_t i = 0; i < mByRegion.size(); ++i) {
+        const std::uint32_t t = mByRegion[i];
         const Trapezoid& trapezoid = mTrapezoids[t];
-        if (i == 0 || regionOf[t] != regionOf[byRegion[i - 1]]) {
+        if (i == 0 || mRegionOf[t] != mRegionOf[mByRegion[i - 1]]) {
             kept = keeps(rule, trapezoid.winding);
         }
         if (!kept) {
@@ -1239,9 +1247,20 @@ void TrapezoidRepresentation::emit(TriangulationFillRule rule,
             fail();
         }
         if (mVertices[trapezoid.top].position.Y() != mVertices[trapezoid.bottom].position.Y()) {
-            byRegion[emitted++] = t;
+            mByRegion[emitted++] = t;
         }
     }
+    return emitted;
+}
+
+// Regions in the order of their first trapezoid, each kept or rejected whole; every kept
+// trapezoid of non-zero height gives four fresh points and two triangles. The output grows once.
+void TrapezoidRepresentation::emit(TriangulationFillRule rule,
+                                   std::vector<Wm4::Vector2f>& outPoints,
+                                   std::vector<unsigned int>& outIndices) {
+    groupByRegion();
+    const std::size_t emitted = keepTrapezoids(rule);
+    const std::vector<std::uint32_t>& byRegion = mByRegion;
     auto n = static_cast<unsigned int>(outPoints.size());
     outPoints.resize(outPoints.size() + 4 * emitted);
     outIndices.resize(outIndices.size() + 6 * emitted);

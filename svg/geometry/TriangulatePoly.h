@@ -27,7 +27,9 @@
 // segment back to it, as fills close open subpaths. A closed outline is never changed, whatever
 // the order of its segments.
 //
-// Cost: O((n + k) log n) for n segments and k crossings, in vectors and pooled tree nodes.
+// Cost: O((n + k) log n) for n segments and k crossings, in vectors and pooled tree nodes. The
+// working memory stays with the calling thread between calls unless an outline made it grow past
+// about 32k segments, so that filling many small outlines one after another does not allocate.
 #pragma once
 
 #include <vector>

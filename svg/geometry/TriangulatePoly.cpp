@@ -336,7 +336,6 @@ private:
     std::vector<std::uint32_t> mVertexOf;  // of every index
     std::vector<Edge> mEdges;
     std::vector<std::int64_t> mBalance;
-    std::vector<Segment> mSegmentScratch;
     std::vector<std::uint32_t> mCutStart, mCutPoints, mUpperStart;
     std::vector<std::uint32_t> mRegionOf, mRegionStart, mByRegion;
     SweepBuffers mSweep;

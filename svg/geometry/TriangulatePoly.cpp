@@ -335,6 +335,7 @@ private:
     std::vector<std::size_t> mRuns;
     std::vector<std::uint32_t> mVertexOf;  // of every index
     std::vector<Edge> mEdges;
+    std::vector<char> mContinues;  // of every edge before the merge: it goes on from the last
     std::vector<std::int64_t> mBalance;
     std::vector<std::uint32_t> mCutStart, mCutPoints, mUpperStart;
     std::vector<std::uint32_t> mRegionOf, mRegionStart, mByRegion;
@@ -1007,11 +1008,16 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
 
     numberOutlineVertices(points, indices);
     mEdges.clear();
+    mContinues.clear();
+    bool chained = true;  // no break in the index chain since the last edge kept
     for (std::size_t i = 0; i + 1 < indices.size(); i += 2) {
+        chained = chained && i > 0 && indices[i - 1] == indices[i];
         // A segment whose ends fall on one vertex encloses nothing and changes no winding
         // number: it is always left out.
         if (mVertexOf[i] != mVertexOf[i + 1]) {
             mEdges.push_back({mVertexOf[i], mVertexOf[i + 1], 1});
+            mContinues.push_back(chained);
+            chained = true;
         }
     }
     // Segments that cancel out (an open run closed back along itself) still span the frame in
@@ -1041,6 +1047,10 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
 // some vertex has more segments leaving than arriving, every run that does not end where it
 // began gets its closing segment. An outline with no such vertex is closed already, whatever the
 // order of its segments, and is left as it is.
+// Segmented paths also chain their segments by index, a new subpath starting at a new index:
+// where the index chain breaks next to segments chained by index, a new run begins even at the
+// same position, so that an open subpath ending where the next one starts is closed on its own.
+// Segments given with points of their own are chained by position.
 void TrapezoidRepresentation::closeOpenRuns() {
     std::vector<Edge>& edges = mEdges;
     std::vector<std::int64_t>& balance = mBalance;  // leaving minus arriving
@@ -1053,9 +1063,14 @@ void TrapezoidRepresentation::closeOpenRuns() {
         return;
     }
     const std::size_t count = edges.size();
+    const auto continues = [&](std::size_t next) {
+        const bool indexChained =
+            mContinues[next - 1] || (next + 1 < count && mContinues[next + 1]);
+        return edges[next - 1].b == edges[next].a && (mContinues[next] || !indexChained);
+    };
     for (std::size_t first = 0; first < count;) {
         std::size_t last = first;
-        while (last + 1 < count && edges[last].b == edges[last + 1].a) {
+        while (last + 1 < count && continues(last + 1)) {
             ++last;
         }
         if (edges[first].a != edges[last].b) {

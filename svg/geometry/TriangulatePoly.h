@@ -24,8 +24,10 @@
 // Open subpaths: when some vertex has more segments leaving than arriving, the outline is open
 // and its inside undefined; then every run of consecutive segments (each ending where the next
 // begins, in input order, as paths give them) that does not return to its start is closed by a
-// segment back to it, as fills close open subpaths. A closed outline is never changed, whatever
-// the order of its segments.
+// segment back to it, as fills close open subpaths. Next to segments chained by index (pairs
+// k, k+1 as segmented paths give them), a break in the index chain starts a new run even at the
+// same position, so two open subpaths meeting at a point are closed apart. A closed outline is
+// never changed, whatever the order of its segments.
 //
 // Cost: O((n + k) log n) for n segments and k crossings, in vectors and pooled tree nodes. The
 // working memory stays with the calling thread between calls unless an outline made it grow past

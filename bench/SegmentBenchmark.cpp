@@ -94,11 +94,6 @@ BENCHMARK(FlattenArc);
 
 // ---- whole pipeline ----------------------------------------------------------------------------
 
-struct Library {
-    Library() { initializeTqSvg(); }
-    ~Library() { terminateTqSvg(); }
-};
-
 ItemInterfacePointer<ItemInterface> load(const std::string& svg) {
     tqIoDeviceMemory device(svg);
     ItemInterfacePointer<ItemInterface> root;
@@ -139,7 +134,7 @@ const std::string& sample() {
 }
 
 void Pipeline(benchmark::State& state, const std::string& (*document)()) {
-    Library library;
+    LibraryGuard library;
     const std::string& svg = document();
     std::size_t paths = 0;
     std::size_t triangles = 0;
@@ -165,7 +160,7 @@ BENCHMARK_CAPTURE(Pipeline, sample, sample)->Unit(benchmark::kMillisecond);
 // Each path of the document flattened, cleaned up and triangulated as SegmentPath does, with a
 // clock around each step.
 void Phases(benchmark::State& state, const std::string& (*document)()) {
-    Library library;
+    LibraryGuard library;
     const auto root = load(document());
     std::vector<const Path*> paths;
     VisitorBase<const ItemInterface> collect(

@@ -231,7 +231,7 @@ const std::filesystem::path kIconSets[] = {"node_modules/@mdi/svg/svg",
 Outlines iconOutlines(std::size_t) {
     using namespace tq::svg;
     Outlines outlines;
-    initializeTqSvg();
+    LibraryGuard library;
     LoadOptions options;
     options.ignoreUnsupported = true;  // simple-icons carry a role attribute
     RenderingProperties outlineOnly;
@@ -272,7 +272,6 @@ Outlines iconOutlines(std::size_t) {
             nullptr);
         visitor.visitItemTree(*root);
     }
-    terminateTqSvg();
     return outlines;
 }
 

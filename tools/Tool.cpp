@@ -15,13 +15,11 @@
 #include "StdinDevice.h"
 
 Library::Library() {
-    tq::svg::initializeTqSvg();
     tqLog::setInstance(&mLog);
 }
 
 Library::~Library() {
     tqLog::setInstance(nullptr);
-    tq::svg::terminateTqSvg();
 }
 
 void AppendMessages(std::string& to, const std::string& file,

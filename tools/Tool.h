@@ -28,6 +28,7 @@ public:
     Library& operator=(const Library&) = delete;
 
 private:
+    tq::svg::LibraryGuard mGuard;  // started before the log is set, stopped after it is unset
     ReportingLog mLog;
 };
 

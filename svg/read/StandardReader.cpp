@@ -1358,9 +1358,10 @@ void StandardReader::removeHidden() {
             byParent[group].push_back(mRecords[i].item);
         }
     }
-    for (auto& [group, doomed] : byParent) {
+    for (auto& entry : byParent) {
+        std::vector<const ItemInterface*>& doomed = entry.second;
         std::sort(doomed.begin(), doomed.end());
-        group->editChildren().remove_if([&](const std::shared_ptr<ItemInterface>& child) {
+        entry.first->editChildren().remove_if([&](const std::shared_ptr<ItemInterface>& child) {
             return std::binary_search(doomed.begin(), doomed.end(), child.get());
         });
     }

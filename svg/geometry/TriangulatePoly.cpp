@@ -419,9 +419,12 @@ GridPoint TrapezoidRepresentation::toGrid(const Wm4::Vector2f& p) const {
             roundNonNegative((double(p.Y()) - mMinY) * mScale)};
 }
 
+// Clamped to the float range: the frame lies one grid step beyond the outline, which is past the
+// largest float when the outline reaches it.
 Wm4::Vector2f TrapezoidRepresentation::fromGrid(const GridPoint& g) const {
-    return Wm4::Vector2f(static_cast<float>(mMinX + double(g.x) / mScale),
-                         static_cast<float>(mMinY + double(g.y) / mScale));
+    constexpr double kMax = std::numeric_limits<float>::max();
+    return Wm4::Vector2f(static_cast<float>(std::clamp(mMinX + double(g.x) / mScale, -kMax, kMax)),
+                         static_cast<float>(std::clamp(mMinY + double(g.y) / mScale, -kMax, kMax)));
 }
 
 // Per vertex, the segments ending there and starting there.

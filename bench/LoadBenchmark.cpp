@@ -6,14 +6,23 @@
 //   Load           the full load into an item tree
 //   LoadStandard   the same with the standard reading profile
 //   Tokenizer      the path-data grammar alone over all the path data
+//   IconsBareSax   libxml2's SAX2 push parser over each of mdi's icons, from memory
+//   IconsParseXmlStream  our SAX layer over each of them with an empty handler
+//   IconsLoad      the full load of each of them, as a host loading an icon theme does
+// The icons are read from the icon test's cache (TQSVG_ICON_CACHE, else ~/.cache/tqsvg-icons);
+// their rows are skipped, saying so, when it is not there.
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
 
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 
 #include "AllocationCounter.h"
 #include "SvgDocumentGenerator.h"
+#include "svg/read/detail/Loader.h"
 #include "svg/tqSvg.h"
 
 namespace {
@@ -88,26 +97,30 @@ void bareStart(void* ctx, const xmlChar*, const xmlChar*, const xmlChar*, int, c
 void bareEnd(void*, const xmlChar*, const xmlChar*, const xmlChar*) {}
 void bareCharacters(void*, const xmlChar*, int) {}
 
+// One document through libxml2's push parser with callbacks that do (almost) nothing.
+void bareParse(const std::string& svg, BareState& bare) {
+    xmlSAXHandler sax;
+    std::memset(&sax, 0, sizeof sax);
+    sax.initialized = XML_SAX2_MAGIC;
+    sax.startElementNs = bareStart;
+    sax.endElementNs = bareEnd;
+    sax.characters = bareCharacters;
+    xmlParserCtxtPtr ctxt = xmlCreatePushParserCtxt(&sax, nullptr, nullptr, 0, nullptr);
+    ctxt->_private = &bare;
+    for (std::size_t pos = 0; pos < svg.size(); pos += kChunk) {
+        xmlParseChunk(ctxt, svg.data() + pos,
+                      static_cast<int>(std::min<std::size_t>(kChunk, svg.size() - pos)), 0);
+    }
+    xmlParseChunk(ctxt, nullptr, 0, 1);
+    xmlFreeParserCtxt(ctxt);
+}
+
 void runBare(benchmark::State& state, bool parseNumbers) {
     const std::string& svg = document();
     BareState bare;
     bare.parseNumbers = parseNumbers;
-    std::vector<char> chunk(kChunk);
     for (auto _ : state) {
-        xmlSAXHandler sax;
-        std::memset(&sax, 0, sizeof sax);
-        sax.initialized = XML_SAX2_MAGIC;
-        sax.startElementNs = bareStart;
-        sax.endElementNs = bareEnd;
-        sax.characters = bareCharacters;
-        xmlParserCtxtPtr ctxt = xmlCreatePushParserCtxt(&sax, nullptr, nullptr, 0, nullptr);
-        ctxt->_private = &bare;
-        for (std::size_t pos = 0; pos < svg.size(); pos += kChunk) {
-            xmlParseChunk(ctxt, svg.data() + pos,
-                          static_cast<int>(std::min<std::size_t>(kChunk, svg.size() - pos)), 0);
-        }
-        xmlParseChunk(ctxt, nullptr, 0, 1);
-        xmlFreeParserCtxt(ctxt);
+        bareParse(svg, bare);
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * svg.size()));
     if (parseNumbers) {
@@ -206,6 +219,86 @@ void Tokenizer(benchmark::State& state) {
                                                      benchmark::Counter::kIsRate);
 }
 
+// mdi's icons, each as its bytes.
+const std::vector<std::string>& icons() {
+    static const std::vector<std::string> files = [] {
+        std::vector<std::string> out;
+        const char* cache = std::getenv("TQSVG_ICON_CACHE");
+        const char* home = std::getenv("HOME");
+        const std::filesystem::path root =
+            cache ? std::filesystem::path(cache)
+                  : std::filesystem::path(home ? home : ".") / ".cache/tqsvg-icons";
+        std::error_code error;
+        for (const auto& entry :
+             std::filesystem::directory_iterator(root / "node_modules/@mdi/svg/svg", error)) {
+            std::ifstream in(entry.path(), std::ios::binary);
+            out.emplace_back(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        }
+        return out;
+    }();
+    return files;
+}
+
+bool haveIcons(benchmark::State& state) {
+    if (icons().empty()) {
+        state.SkipWithError("mdi's icons are not cached: run the icon test once (ctest -L icons)");
+        return false;
+    }
+    return true;
+}
+
+void reportIcons(benchmark::State& state) {
+    std::size_t bytes = 0;
+    for (const std::string& icon : icons()) {
+        bytes += icon.size();
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));
+    state.counters["files/s"] = benchmark::Counter(
+        double(icons().size()) * double(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+void IconsBareSax(benchmark::State& state) {
+    if (!haveIcons(state)) {
+        return;
+    }
+    BareState bare;
+    for (auto _ : state) {
+        for (const std::string& icon : icons()) {
+            bareParse(icon, bare);
+        }
+    }
+    reportIcons(state);
+}
+
+void IconsParseXmlStream(benchmark::State& state) {
+    if (!haveIcons(state)) {
+        return;
+    }
+    tq::xml::XmlSaxParserHandler handler;
+    for (auto _ : state) {
+        for (const std::string& icon : icons()) {
+            ViewDevice device(icon);
+            benchmark::DoNotOptimize(tq::xml::ParseXmlStream(device, handler, nullptr));
+        }
+    }
+    reportIcons(state);
+}
+
+void IconsLoad(benchmark::State& state) {
+    if (!haveIcons(state)) {
+        return;
+    }
+    for (auto _ : state) {
+        for (const std::string& icon : icons()) {
+            ViewDevice device(icon);
+            tq::svg::ItemInterfacePointer<tq::svg::ItemInterface> root;
+            tq::svg::Loader loader(root, device, tq::svg::LoadOptions(), nullptr, nullptr);
+            benchmark::DoNotOptimize(root.get());
+        }
+    }
+    reportIcons(state);
+}
+
 }  // namespace
 
 BENCHMARK(BareSax)->Unit(benchmark::kMillisecond)->MinTime(2.0);
@@ -214,5 +307,8 @@ BENCHMARK(ParseXmlStream)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(Load)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(LoadStandard)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(Tokenizer)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(IconsBareSax)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(IconsParseXmlStream)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(IconsLoad)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 BENCHMARK_MAIN();

@@ -3,9 +3,11 @@
 //                              the heap allocations per curve once the workspace has grown
 //   Pipeline/*                 load plus SegmenterVisitor, paths per second
 //   Phases/*                   the same paths segmented piece by piece, with the share of time
-//                              spent in flattening, clean-up and triangulation
+//                              spent in flattening, clean-up and triangulation, and the heap
+//                              allocations per path made by triangulation once warmed up
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <random>
@@ -92,11 +94,6 @@ BENCHMARK(FlattenArc);
 
 // ---- whole pipeline ----------------------------------------------------------------------------
 
-struct Library {
-    Library() { initializeTqSvg(); }
-    ~Library() { terminateTqSvg(); }
-};
-
 ItemInterfacePointer<ItemInterface> load(const std::string& svg) {
     tqIoDeviceMemory device(svg);
     ItemInterfacePointer<ItemInterface> root;
@@ -137,7 +134,7 @@ const std::string& sample() {
 }
 
 void Pipeline(benchmark::State& state, const std::string& (*document)()) {
-    Library library;
+    LibraryGuard library;
     const std::string& svg = document();
     std::size_t paths = 0;
     std::size_t triangles = 0;
@@ -163,7 +160,7 @@ BENCHMARK_CAPTURE(Pipeline, sample, sample)->Unit(benchmark::kMillisecond);
 // Each path of the document flattened, cleaned up and triangulated as SegmentPath does, with a
 // clock around each step.
 void Phases(benchmark::State& state, const std::string& (*document)()) {
-    Library library;
+    LibraryGuard library;
     const auto root = load(document());
     std::vector<const Path*> paths;
     VisitorBase<const ItemInterface> collect(
@@ -183,6 +180,8 @@ void Phases(benchmark::State& state, const std::string& (*document)()) {
     SegmentationUtils::BezierSegmentationWorkspace workspace;
     std::vector<Vector2f> trianglePoints;
     std::vector<unsigned int> triangleIndices;
+    std::size_t triangulations = 0;
+    std::size_t allocations = 0;
     for (auto _ : state) {
         for (const Path* path : paths) {
             const auto t0 = Clock::now();
@@ -193,9 +192,14 @@ void Phases(benchmark::State& state, const std::string& (*document)()) {
             const auto t2 = Clock::now();
             trianglePoints.clear();
             triangleIndices.clear();
+            const std::size_t before = tq::bench::AllocationCount();
             tq::TriangulatePoly(flat->points, flat->indices, trianglePoints, triangleIndices,
                                 tq::TriangulationFillRule::NonZero, true);
             const auto t3 = Clock::now();
+            // The first pass over the paths grows the buffers; count the rest.
+            if (triangulations++ >= paths.size()) {
+                allocations += tq::bench::AllocationCount() - before;
+            }
             flatten += t1 - t0;
             cleanup += t2 - t1;
             triangulate += t3 - t2;
@@ -209,6 +213,9 @@ void Phases(benchmark::State& state, const std::string& (*document)()) {
     state.counters["flatten"] = share(flatten);
     state.counters["cleanup"] = share(cleanup);
     state.counters["triangulate"] = share(triangulate);
+    state.counters["tri_allocs/path"] =
+        static_cast<double>(allocations) /
+        static_cast<double>(std::max<std::size_t>(triangulations, paths.size() + 1) - paths.size());
 }
 BENCHMARK_CAPTURE(Phases, generated_10k_paths, generatedShapes)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Phases, sample, sample)->Unit(benchmark::kMillisecond);

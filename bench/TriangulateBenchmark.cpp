@@ -4,16 +4,30 @@
 //                    begin/vertex/combine/end callbacks
 // Outlines: simple ones (a circle, a circle with noise, a circle with long spikes), ones that
 // cross themselves about once per vertex (the star polygon {n/3}, a zigzag that goes around
-// twice), and a page of 'O' glyphs (many small contours with holes). Items are input vertices;
-// the counters give the triangles and the area that they cover, which must agree between the two.
+// twice), a page of 'O' glyphs (many small contours with holes), and the flattened path outlines
+// of two icon sets, when they are cached (tests/icons/icon_sets.sh installs them), filled one
+// after another. Items are input vertices (segments); the counters give the triangles and the
+// area that they cover, which must agree between the two.
+//
+// At the end a table gives, for every outline, the median CPU time of each (over
+// --benchmark_repetitions), the time per input vertex, and the ratio GLU / ours from the same
+// run: a machine busy with other work slows both alike.
 #include <GL/glu.h>
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <deque>
+#include <filesystem>
+#include <fstream>
+#include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -144,30 +158,139 @@ struct Outline {
             }
         }
     }
+
+    // Segments as segmentation makes them; every run of segments that follow on from each other
+    // is one GLU contour, which GLU closes (as TriangulatePoly closes open runs).
+    Outline(std::vector<Wm4::Vector2f> p, std::vector<unsigned int> i)
+        : points(std::move(p)), indices(std::move(i)) {
+        const auto vertex = [this](unsigned int index) {
+            return std::array<GLdouble, 3>{points[index].X(), points[index].Y(), 0.0};
+        };
+        for (std::size_t first = 0; first + 1 < indices.size();) {
+            std::size_t last = first;  // the run's last segment
+            while (last + 3 < indices.size() && indices[last + 2] == indices[last + 1]) {
+                last += 2;
+            }
+            auto& glu = gluContours.emplace_back();
+            for (std::size_t k = first; k <= last; k += 2) {
+                glu.push_back(vertex(indices[k]));
+            }
+            if (indices[last + 1] != indices[first]) {
+                glu.push_back(vertex(indices[last + 1]));
+            }
+            first = last + 2;
+        }
+    }
+
+    std::size_t vertices() const { return indices.size() / 2; }
 };
+
+using Outlines = std::vector<Outline>;
 
 // Outlines are made on first use, so that a filter that skips them does not pay for them.
 struct Case {
-    Contours (*make)(std::size_t);
+    Outlines (*make)(std::size_t);
     std::size_t n;
-    std::unique_ptr<Outline> outline;
+    std::unique_ptr<Outlines> outlines;
+    std::string missing;  // why there are none, when there are none
 
-    Outline& get() {
-        if (!outline) {
-            outline = std::make_unique<Outline>(make(n));
+    Outlines& get() {
+        if (!outlines) {
+            outlines = std::make_unique<Outlines>(make(n));
         }
-        return *outline;
+        return *outlines;
     }
 };
+
+template <Contours (*make)(std::size_t)>
+Outlines single(std::size_t n) {
+    Outlines outlines;
+    outlines.emplace_back(make(n));
+    return outlines;
+}
+
+// ---- icon outlines -----------------------------------------------------------------------------
+
+std::filesystem::path iconCache() {
+    if (const char* dir = std::getenv("TQSVG_ICON_CACHE")) {
+        return dir;
+    }
+    const char* cache = std::getenv("XDG_CACHE_HOME");
+    const char* home = std::getenv("HOME");
+    const std::filesystem::path base =
+        cache != nullptr ? cache : std::filesystem::path(home != nullptr ? home : "") / ".cache";
+    return base / "tqsvg-icons";
+}
+
+const std::filesystem::path kIconSets[] = {"node_modules/@mdi/svg/svg",
+                                           "node_modules/simple-icons/icons"};
+
+// The outline of every path of every icon, flattened as segmentation flattens it (32 points per
+// curve, tolerance -0.999, the path's transform) and cleaned up as it is before filling.
+// Properties with fill "none" keep SegmentPath from triangulating while collecting.
+Outlines iconOutlines(std::size_t) {
+    using namespace tq::svg;
+    Outlines outlines;
+    LibraryGuard library;
+    LoadOptions options;
+    options.ignoreUnsupported = true;  // simple-icons carry a role attribute
+    RenderingProperties outlineOnly;
+    outlineOnly.fill = "none";
+    SegmentationUtils::BezierSegmentationWorkspace workspace;
+    std::vector<std::filesystem::path> files;
+    for (const auto& set : kIconSets) {
+        for (const auto& entry : std::filesystem::directory_iterator(iconCache() / set)) {
+            if (entry.path().extension() == ".svg") {
+                files.push_back(entry.path());
+            }
+        }
+    }
+    std::sort(files.begin(), files.end());
+    for (const auto& file : files) {
+        std::ifstream in(file, std::ios::binary);
+        std::stringstream text;
+        text << in.rdbuf();
+        tqIoDeviceMemory device(text.str());
+        ItemInterfacePointer<ItemInterface> root;
+        if (!tqSvgIOManager::get().loadSvg(root, device, "svg", nullptr, &options, nullptr) ||
+            !root) {
+            continue;
+        }
+        VisitorBase<const ItemInterface> visitor(
+            [&](const ItemInterface& item, const Wm4::Matrix3f& transform,
+                const RenderingProperties&) {
+                if (item.getType() == ItemType::Path) {
+                    auto flat = SegmentPath(static_cast<const Path&>(item), 32, -0.999f, &transform,
+                                            &outlineOnly, &workspace, nullptr);
+                    tq::CleanupContour(flat->points, flat->indices);
+                    if (!flat->indices.empty()) {
+                        outlines.emplace_back(std::move(flat->points), std::move(flat->indices));
+                    }
+                }
+                return true;
+            },
+            nullptr);
+        visitor.visitItemTree(*root);
+    }
+    return outlines;
+}
 
 double triangleArea(double ax, double ay, double bx, double by, double cx, double cy) {
     return 0.5 * std::abs((bx - ax) * (cy - ay) - (by - ay) * (cx - ax));
 }
 
-void reportOutput(benchmark::State& state, const Outline& outline, std::size_t triangles,
+std::size_t vertexCount(const Outlines& outlines) {
+    std::size_t vertices = 0;
+    for (const Outline& outline : outlines) {
+        vertices += outline.vertices();
+    }
+    return vertices;
+}
+
+void reportOutput(benchmark::State& state, const Outlines& outlines, std::size_t triangles,
                   double area) {
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) *
-                            static_cast<int64_t>(outline.points.size()));
+                            static_cast<int64_t>(vertexCount(outlines)));
     state.counters["triangles"] = double(triangles);
     state.counters["area"] = area;
 }
@@ -175,26 +298,38 @@ void reportOutput(benchmark::State& state, const Outline& outline, std::size_t t
 // ---- ours --------------------------------------------------------------------------------------
 
 void runTriangulatePoly(benchmark::State& state, Case& c) {
-    const Outline& outline = c.get();
+    const Outlines& outlines = c.get();
     std::vector<Wm4::Vector2f> outPoints;
     std::vector<unsigned int> outIndices;
+    std::size_t triangles = 0;
+    double area = 0;
     for (auto _ : state) {
+        triangles = 0;
+        for (const Outline& outline : outlines) {
+            outPoints.clear();
+            outIndices.clear();
+            if (!tq::TriangulatePoly(outline.points, outline.indices, outPoints, outIndices,
+                                     tq::TriangulationFillRule::NonZero, true)) {
+                state.SkipWithError("TriangulatePoly failed");
+                return;
+            }
+            triangles += outIndices.size() / 3;
+            benchmark::DoNotOptimize(outIndices.data());
+        }
+    }
+    // The area of every outline, outside the timed loop.
+    for (const Outline& outline : outlines) {
         outPoints.clear();
         outIndices.clear();
-        if (!tq::TriangulatePoly(outline.points, outline.indices, outPoints, outIndices,
-                                 tq::TriangulationFillRule::NonZero, true)) {
-            state.SkipWithError("TriangulatePoly failed");
-            return;
+        tq::TriangulatePoly(outline.points, outline.indices, outPoints, outIndices,
+                            tq::TriangulationFillRule::NonZero, true);
+        for (std::size_t i = 0; i + 2 < outIndices.size(); i += 3) {
+            const Wm4::Vector2f &a = outPoints[outIndices[i]], &b = outPoints[outIndices[i + 1]],
+                                &d = outPoints[outIndices[i + 2]];
+            area += triangleArea(a.X(), a.Y(), b.X(), b.Y(), d.X(), d.Y());
         }
-        benchmark::DoNotOptimize(outIndices.data());
     }
-    double area = 0;
-    for (std::size_t i = 0; i + 2 < outIndices.size(); i += 3) {
-        const Wm4::Vector2f &a = outPoints[outIndices[i]], &b = outPoints[outIndices[i + 1]],
-                            &d = outPoints[outIndices[i + 2]];
-        area += triangleArea(a.X(), a.Y(), b.X(), b.Y(), d.X(), d.Y());
-    }
-    reportOutput(state, outline, outIndices.size() / 3, area);
+    reportOutput(state, outlines, triangles, area);
 }
 
 // ---- GLU ---------------------------------------------------------------------------------------
@@ -271,7 +406,7 @@ _GLUfuncptr callback(F* f) {
 }
 
 void runGluTess(benchmark::State& state, Case& c) {
-    Outline& outline = c.get();
+    Outlines& outlines = c.get();
     GLUtesselator* tess = gluNewTess();
     gluTessProperty(tess, GLU_TESS_WINDING_RULE, GLU_TESS_WINDING_NONZERO);
     gluTessProperty(tess, GLU_TESS_BOUNDARY_ONLY, GL_FALSE);
@@ -282,7 +417,7 @@ void runGluTess(benchmark::State& state, Case& c) {
     gluTessCallback(tess, GLU_TESS_COMBINE_DATA, callback(onCombine));
     gluTessCallback(tess, GLU_TESS_ERROR_DATA, callback(onError));
     GluOutput out;
-    for (auto _ : state) {
+    const auto tessellate = [&](Outline& outline) {
         out.clear();
         gluTessBeginPolygon(tess, &out);
         for (auto& contour : outline.gluContours) {
@@ -293,19 +428,32 @@ void runGluTess(benchmark::State& state, Case& c) {
             gluTessEndContour(tess);
         }
         gluTessEndPolygon(tess);
-        if (out.error != 0) {
-            state.SkipWithError(reinterpret_cast<const char*>(gluErrorString(out.error)));
-            break;
+        return out.error == 0;
+    };
+    std::size_t triangles = 0;
+    for (auto _ : state) {
+        triangles = 0;
+        for (Outline& outline : outlines) {
+            if (!tessellate(outline)) {
+                state.SkipWithError(reinterpret_cast<const char*>(gluErrorString(out.error)));
+                gluDeleteTess(tess);
+                return;
+            }
+            triangles += out.triangles.size() / 3;
+            benchmark::DoNotOptimize(out.triangles.data());
         }
-        benchmark::DoNotOptimize(out.triangles.data());
+    }
+    double area = 0;
+    for (Outline& outline : outlines) {
+        tessellate(outline);
+        for (std::size_t i = 0; i + 2 < out.triangles.size(); i += 3) {
+            const GLdouble *a = out.triangles[i], *b = out.triangles[i + 1],
+                           *d = out.triangles[i + 2];
+            area += triangleArea(a[0], a[1], b[0], b[1], d[0], d[1]);
+        }
     }
     gluDeleteTess(tess);
-    double area = 0;
-    for (std::size_t i = 0; i + 2 < out.triangles.size(); i += 3) {
-        const GLdouble *a = out.triangles[i], *b = out.triangles[i + 1], *d = out.triangles[i + 2];
-        area += triangleArea(a[0], a[1], b[0], b[1], d[0], d[1]);
-    }
-    reportOutput(state, outline, out.triangles.size() / 3, area);
+    reportOutput(state, outlines, triangles, area);
 }
 
 // ---- registration ------------------------------------------------------------------------------
@@ -315,13 +463,18 @@ std::deque<Case>& cases() {
     return all;
 }
 
-// Registers both implementations on one outline. Where one GLU run would take over 10 s, GLU is
-// not run: its row says so, and ours has the counter glu_skipped.
-void add(const char* shape, Contours (*make)(std::size_t), std::size_t n, bool runGlu = true) {
-    Case& c = cases().emplace_back(Case{make, n, nullptr});
-    const std::string name = std::string(shape) + "/" + std::to_string(n);
+// Registers both implementations on one set of outlines. Where one GLU run would take over 10 s,
+// GLU is not run: its row says so, and ours has the counter glu_skipped. A case without outlines
+// (icons not cached) is skipped with its reason.
+void add(const std::string& name, Outlines (*make)(std::size_t), std::size_t n, bool runGlu = true,
+         std::string missing = "") {
+    Case& c = cases().emplace_back(Case{make, n, nullptr, std::move(missing)});
     benchmark::RegisterBenchmark(("TriangulatePoly/" + name).c_str(),
                                  [&c, runGlu](benchmark::State& s) {
+                                     if (!c.missing.empty()) {
+                                         s.SkipWithError(c.missing.c_str());
+                                         return;
+                                     }
                                      runTriangulatePoly(s, c);
                                      if (!runGlu) {
                                          s.counters["glu_skipped"] = 1;
@@ -331,7 +484,9 @@ void add(const char* shape, Contours (*make)(std::size_t), std::size_t n, bool r
         ->MinTime(0.5);
     benchmark::RegisterBenchmark(("GluTess/" + name).c_str(),
                                  [&c, runGlu](benchmark::State& s) {
-                                     if (runGlu) {
+                                     if (!c.missing.empty()) {
+                                         s.SkipWithError(c.missing.c_str());
+                                     } else if (runGlu) {
                                          runGluTess(s, c);
                                      } else {
                                          s.SkipWithError("not run: one run takes over 10 s");
@@ -341,29 +496,99 @@ void add(const char* shape, Contours (*make)(std::size_t), std::size_t n, bool r
         ->MinTime(0.5);
 }
 
+template <Contours (*make)(std::size_t)>
+void add(const char* shape, std::size_t n, bool runGlu = true) {
+    add(std::string(shape) + "/" + std::to_string(n), single<make>, n, runGlu);
+}
+
+// The console output, and the CPU time of every run by name, for the table at the end.
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    // Colours only on a terminal, as the default reporter does.
+    RatioReporter() : ConsoleReporter(isatty(fileno(stdout)) ? OO_ColorTabular : OO_Tabular) {}
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
+                const auto items = run.counters.find("items_per_second");
+                mRuns[run.run_name.function_name].push_back(
+                    {run.GetAdjustedCPUTime() / benchmark::GetTimeUnitMultiplier(run.time_unit),
+                     items == run.counters.end() ? 0.0 : double(items->second)});
+            }
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    // Median CPU time of ours and GLU per outline, per input vertex, and GLU / ours.
+    void printRatios() const {
+        std::printf("\n%-26s %12s %12s %10s %10s %10s\n", "outline", "ours ms", "GLU ms",
+                    "ours ns/v", "GLU ns/v", "GLU/ours");
+        for (const auto& [name, ours] : mRuns) {
+            const std::string prefix = "TriangulatePoly/";
+            if (name.compare(0, prefix.size(), prefix) != 0) {
+                continue;
+            }
+            const std::string outline = name.substr(prefix.size());
+            const auto glu = mRuns.find("GluTess/" + outline);
+            const Timing a = median(ours);
+            std::printf("%-26s %12.4f", outline.c_str(), a.seconds * 1e3);
+            if (glu == mRuns.end()) {
+                std::printf(" %12s %10.1f %10s %10s\n", "-", a.nsPerVertex(), "-", "-");
+                continue;
+            }
+            const Timing b = median(glu->second);
+            std::printf(" %12.4f %10.1f %10.1f %9.2fx\n", b.seconds * 1e3, a.nsPerVertex(),
+                        b.nsPerVertex(), b.seconds / a.seconds);
+        }
+    }
+
+private:
+    struct Timing {
+        double seconds;         // per iteration
+        double itemsPerSecond;  // input vertices
+        double nsPerVertex() const { return itemsPerSecond > 0 ? 1e9 / itemsPerSecond : 0; }
+    };
+    static Timing median(std::vector<Timing> runs) {
+        std::sort(runs.begin(), runs.end(),
+                  [](const Timing& l, const Timing& r) { return l.seconds < r.seconds; });
+        return runs[runs.size() / 2];
+    }
+    std::map<std::string, std::vector<Timing>> mRuns;
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
     // GLU's time grows with about the square of n on every outline here but the circle, so it is
     // not run where one run would take from a minute to ten.
     for (std::size_t n : {1000u, 10000u, 100000u, 1000000u}) {
-        add("circle", circle, n);
-        add("noisy_circle", noisyCircle, n, n < 1000000);
+        add<circle>("circle", n);
+        add<noisyCircle>("noisy_circle", n, n < 1000000);
     }
     for (std::size_t n : {1000u, 10000u, 100000u}) {  // at 1M, ours takes minutes too
-        add("spiky_circle", spikyCircle, n);
+        add<spikyCircle>("spiky_circle", n);
     }
     for (std::size_t n : {1000u, 10000u, 100000u}) {
-        add("polygram", polygram, n, n < 100000);
-        add("double_zigzag", doubleZigzag, n, n < 100000);
+        add<polygram>("polygram", n, n < 100000);
+        add<doubleZigzag>("double_zigzag", n, n < 100000);
     }
-    add("glyphs", glyphs, 500);
+    add<glyphs>("glyphs", 500);
+    std::string missing;
+    for (const auto& set : kIconSets) {
+        if (!std::filesystem::is_directory(iconCache() / set)) {
+            missing = "icons not cached in " + (iconCache() / set).string() +
+                      " (tests/icons/icon_sets.sh installs them): skipped";
+        }
+    }
+    add("icon_outlines", iconOutlines, 0, true, missing);
 
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
-    benchmark::RunSpecifiedBenchmarks();
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.printRatios();
     benchmark::Shutdown();
     return 0;
 }

@@ -1,8 +1,10 @@
 # Warnings for the project's own targets; third-party headers are included as system headers.
 function(tqsvg_set_warnings target)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic)
-    if(TQSVG_WERROR)
-        target_compile_options(${target} PRIVATE -Werror)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+        target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic)
+        if(TQSVG_WERROR)
+            target_compile_options(${target} PRIVATE -Werror)
+        endif()
     endif()
 endfunction()
 
@@ -34,5 +36,7 @@ function(tqsvg_add_library target)
         INSTALL_RPATH "$ORIGIN")
     tqsvg_set_warnings(${target})
     # Calls between the library's own exported functions need not go through the PLT.
-    target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+        target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+    endif()
 endfunction()

@@ -21,6 +21,8 @@
 #include <vector>
 
 #include "FuzzSupport.h"
+#include "svg/model/detail/SvgNumber.h"
+#include "svg/read/detail/AttributeParsers.h"
 
 namespace {
 

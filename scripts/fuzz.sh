@@ -17,30 +17,10 @@ esac
 build=${TQSVG_FUZZ_BUILD:-build/fuzz}
 targets=(${TQSVG_FUZZ_TARGETS:-triangulate load path_data attributes roundtrip segment})
 
-scripts/setup.sh
-
-# clang and its runtime libraries (libFuzzer and the sanitizers), only where missing.
-missing=()
-for p in clang libclang-rt-14-dev; do
-    if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
-        missing+=("$p")
-    fi
-done
-if [ ${#missing[@]} -gt 0 ]; then
-    as_root=()
-    if [ "$(id -u)" -ne 0 ]; then
-        as_root=(sudo)
-    fi
-    echo "fuzz: installing ${missing[*]}"
-    export DEBIAN_FRONTEND=noninteractive
-    "${as_root[@]}" apt-get update -qq
-    "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
-fi
+scripts/setup.sh --fuzz
 
 jobs=$(nproc 2>/dev/null || echo 2)
-CC=clang CXX=clang++ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DBUILD_SHARED_LIBS=OFF -DTQSVG_BUILD_FUZZERS=ON -DTQSVG_BUILD_TESTS=OFF \
-    -DTQSVG_BUILD_TOOLS=OFF -DTQSVG_WERROR=ON >/dev/null
+cmake --preset fuzz -B "$build" -DTQSVG_WERROR=ON >/dev/null
 cmake --build "$build" -j "${TQSVG_FUZZ_JOBS:-$jobs}" --target "${targets[@]/#/fuzz_}"
 
 findings=$build/findings

@@ -7,8 +7,8 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 
 build=build/release
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build "$build" --target tqsvg -j "$(nproc 2>/dev/null || echo 2)"
+cmake --preset release >/dev/null
+cmake --build --preset release --target tqsvg -j "$(nproc 2>/dev/null || echo 2)"
 
 tool="$build/tools/tqsvg"
 sample=examples/sample.svg

@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and the tool need, only where missing.
 # Idempotent; runs as root (no sudo) or through sudo when it is there.
+#   scripts/setup.sh            building, testing, the tool and the benchmarks
+#   scripts/setup.sh --fuzz     also clang and its fuzzing and sanitizer runtimes
+#   scripts/setup.sh --bench    also node and npm, for the peers that come from npm
 set -euo pipefail
 
 packages=(
@@ -9,6 +12,10 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev libglu1-mesa-dev librsvg2-bin
     clang-format locales python3
 )
+case "${1:-}" in
+    --fuzz) packages+=(clang libclang-rt-14-dev) ;;
+    --bench) command -v npm >/dev/null || packages+=(nodejs npm) ;;  # any node will do
+esac
 
 missing=()
 for p in "${packages[@]}"; do

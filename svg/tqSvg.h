@@ -1,5 +1,6 @@
-// tqSvg: loads a subset of SVG into a tree of typed items, saves such trees back to SVG text and
-// turns items into flat geometry. This header is the library's whole public interface.
+// tqSvg: loads SVG into a tree of typed items (the library's strict subset, or SVG as browsers
+// draw it), saves such trees back to SVG text and turns items into flat geometry. This header is
+// the library's whole public interface; what it does not include is internal and not installed.
 #pragma once
 
 // Platform types that the interface uses.
@@ -22,7 +23,6 @@
 #include "svg/model/RenderingProperties.h"
 #include "svg/model/SaveOptions.h"
 #include "svg/model/SvgColor.h"
-#include "svg/model/SvgNumber.h"
 #include "svg/model/Text.h"
 #include "svg/model/UnitValue.h"
 
@@ -35,13 +35,8 @@
 #include "svg/io/tqSvgIOManager.h"
 #include "svg/io/tqTemplateManager.h"
 
-// Reading.
-#include "svg/read/AttributeParsers.h"
-#include "svg/read/Loader.h"
-
 // Writing.
 #include "svg/write/SvgAttributeWriters.h"
-#include "svg/write/SvgSaveWriter.h"
 #include "svg/write/SvgXmlSpace.h"
 
 // Path data.
@@ -58,6 +53,5 @@
 #include "svg/geometry/SegmentationUtils.h"
 #include "svg/geometry/SegmentedPrimitive.h"
 #include "svg/geometry/SegmenterVisitor.h"
-#include "svg/geometry/TransformPoint.h"
 #include "svg/geometry/TriangulatePoly.h"
 #include "svg/geometry/VisitorBase.h"

@@ -40,6 +40,15 @@ void truncateUtf8(std::string& text, std::size_t size) {
     }
 }
 
+// The last bytes of `text`, at most `size`, starting on a character boundary.
+std::string tailUtf8(const std::string& text, std::size_t size) {
+    std::size_t start = text.size() > size ? text.size() - size : 0;
+    while (start < text.size() && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80) {
+        ++start;
+    }
+    return text.substr(start);
+}
+
 // One line on standard error, redrawn in place; only ever used on a terminal.
 class ProgressBar {
 public:
@@ -53,9 +62,11 @@ public:
         constexpr std::size_t kBarWidth = 24;
         const std::size_t filled = kBarWidth * finished / mTotal;
         std::string line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') +
-                           "] " + std::to_string(finished) + "/" + std::to_string(mTotal) + " " +
-                           label;
-        // A line that wraps could no longer be erased with a carriage return.
+                           "] " + std::to_string(finished) + "/" + std::to_string(mTotal) + " ";
+        // A line that wraps could no longer be erased with a carriage return; the label loses
+        // its beginning rather than its end, so that the file's name stays in view.
+        const std::size_t room = mWidth - 1 > line.size() + 3 ? mWidth - 1 - line.size() : 3;
+        line += label.size() <= room ? label : "..." + tailUtf8(label, room - 3);
         truncateUtf8(line, mWidth - 1);
         std::cerr << "\r\033[K" << line << std::flush;
         mVisible = true;

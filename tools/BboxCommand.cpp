@@ -1,4 +1,4 @@
-// tqsvg bbox: the estimated extent of a document's content, or the document refitted to it.
+// tqsvg bbox: the extent of documents' content, or the documents refitted to it.
 #include <memory>
 
 #include "Tool.h"
@@ -6,46 +6,47 @@
 namespace {
 
 struct BboxOptions {
-    std::string input;
+    std::vector<std::string> inputs;
     std::string output;
     bool fit = false;
     ReadingOptions reading;
+    BatchSettings batch;
 };
 
 // The extent of the content: the library's estimate under the subset (curves add nothing to it,
-// deliberately), the segmented outlines, curves included, otherwise.
+// deliberately), the drawn geometry, curves included, otherwise.
 tq::svg::BoundingBox extentOf(const tq::svg::ItemInterface& root, const BboxOptions& o) {
     tq::svg::BoundingBox box;
     if (o.reading.subset) {
         tq::svg::ComputeEstimatedBoundingBox(root, box, nullptr, nullptr);
     } else {
-        tq::svg::SegmenterVisitor segmenter(root);
-        box = GeometryExtent(segmenter.getSegmentedPrimitives());
+        box = GeometryExtent(root);
     }
     return box;
 }
 
-bool printBox(const tq::svg::ItemInterface& root, const BboxOptions& o, JobReport& report) {
+// "x y width height", or "empty"; after the file's name when there are several.
+void printBox(const tq::svg::ItemInterface& root, const std::string& label, const BboxOptions& o,
+              JobReport& report) {
     const tq::svg::BoundingBox box = extentOf(root, o);
+    std::string text = label.empty() ? "" : label + ": ";
     if (!box.isValid()) {
-        report.out += "empty\n";
-        return true;
+        report.out += text + "empty\n";
+        return;
     }
-    std::string text;
-    for (const float v : {box.min.X(), box.min.Y(), box.getWidth(), box.getHeight()}) {
-        if (!text.empty()) {
-            text += ' ';
-        }
-        tqStringUtils::appendFloat(text, v, -1, tqStringUtils::FloatFormat::Compact);
+    const float values[] = {box.min.X(), box.min.Y(), box.getWidth(), box.getHeight()};
+    for (std::size_t i = 0; i < 4; ++i) {
+        text += i ? " " : "";
+        tqStringUtils::appendFloat(text, values[i], -1, tqStringUtils::FloatFormat::Compact);
     }
     report.out += text + '\n';
-    return true;
 }
 
-bool writeFitted(tq::svg::ItemInterface& root, const BboxOptions& o, JobReport& report) {
+bool writeFitted(tq::svg::ItemInterface& root, const InputFile& input, const std::string& target,
+                 const BboxOptions& o, bool several, JobReport& report) {
     auto* document = dynamic_cast<tq::svg::Document*>(&root);
     if (document == nullptr) {
-        report.err += o.input + ": the root is not a document\n";
+        report.err += input.path + ": the root is not a document\n";
         return false;
     }
     if (o.reading.subset) {
@@ -54,16 +55,36 @@ bool writeFitted(tq::svg::ItemInterface& root, const BboxOptions& o, JobReport& 
         document->editViewbox() = extentOf(*document, o);
     }
     tq::svg::tqSvgDriver driver;
-    return SaveDocument(driver, *document, o.output.empty() ? "-" : o.output,
-                        tq::svg::SaveOptions(), report.err);
+    return (!several || CreateParentDirectory(target, report.err)) &&
+           SaveDocument(driver, *document, target.empty() ? "-" : target, tq::svg::SaveOptions(),
+                        report.err);
 }
 
-bool bboxOne(const BboxOptions& o, JobReport& report) {
+bool bboxOne(const InputFile& input, const std::string& target, const BboxOptions& o, bool several,
+             JobReport& report) {
     RootPointer root;
-    if (!LoadDocument(o.input, o.reading, root, report.err)) {
+    if (ReportUnreadable(input, report) || !LoadDocument(input.path, o.reading, root, report.err)) {
         return false;
     }
-    return o.fit ? writeFitted(*root, o, report) : printBox(*root, o, report);
+    if (o.fit) {
+        return writeFitted(*root, input, target, o, several, report);
+    }
+    printBox(*root, several ? input.path : std::string(), o, report);
+    return true;
+}
+
+int runBbox(const BboxOptions& o) {
+    const std::vector<InputFile> inputs = CollectSvgFiles(o.inputs);
+    const bool several = !IsSingleFile(o.inputs);
+    std::vector<std::string> targets(inputs.size());
+    if (o.fit && !PlanOutputs("bbox", o.inputs, inputs, o.output, ".svg", targets)) {
+        return kExitUsage;
+    }
+    const std::size_t failed =
+        RunBatch(LabelsOf(inputs), o.batch, [&](std::size_t i, JobReport& report) {
+            return bboxOne(inputs[i], targets[i], o, several, report);
+        });
+    return failed == 0 ? kExitSuccess : kExitFailure;
 }
 
 }  // namespace
@@ -72,13 +93,18 @@ Command AddBboxCommand(CLI::App& app) {
     auto o = std::make_shared<BboxOptions>();
     CLI::App* bbox = app.add_subcommand(
         "bbox",
-        "Print the bounding box of a document's content: x y width height, or \"empty\". "
-        "Curves are measured on their segmented outlines (with --subset: the library's "
-        "estimate, which leaves cubic curves out). Stroke widths are not included.");
-    bbox->add_option("input", o->input, "SVG file, or - for standard input")->required();
-    bbox->add_flag("--fit", o->fit, "Write the document with its viewBox set to that box instead");
-    bbox->add_option("-o,--output", o->output, "output file for --fit (default: standard output)");
+        "Print the bounding box of documents' content: x y width height, or \"empty\" (after "
+        "the file's name when there are several). Curves are measured on their segmented "
+        "outlines (with --subset: the library's estimate, which leaves cubic curves out). "
+        "Stroke widths are not included.");
+    bbox->add_option("inputs", o->inputs, "SVG files, directories, or - for standard input")
+        ->required();
+    bbox->add_flag("--fit", o->fit,
+                   "Write the documents with their viewBox set to that box instead");
+    bbox->add_option("-o,--output", o->output,
+                     "output file for --fit (default: standard output); a directory for several "
+                     "inputs");
     AddReadingOptions(*bbox, o->reading);
-    return {bbox,
-            [o] { return RunSingle(o->input, [&](JobReport& r) { return bboxOne(*o, r); }); }};
+    AddBatchOptions(*bbox, o->batch);
+    return {bbox, [o] { return runBbox(*o); }};
 }

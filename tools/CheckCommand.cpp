@@ -51,11 +51,15 @@ int runCheck(const CheckOptions& o) {
             return loaded;
         });
     std::size_t warnings = 0;
-    for (const CheckResult& result : results) {
-        warnings += result.warnings;
+    std::vector<std::string> failedFiles;
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        warnings += results[i].warnings;
+        if (!results[i].loaded && inputs[i].error.empty()) {
+            failedFiles.push_back(inputs[i].path);
+        }
     }
     std::cout << inputs.size() - failed << " loaded, " << failed << " failed, " << warnings
-              << " warnings\n";
+              << " warnings" << ReadableWithoutSubset(failedFiles, o.reading) << '\n';
     return failed == 0 ? kExitSuccess : kExitFailure;
 }
 

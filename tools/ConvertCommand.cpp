@@ -30,10 +30,14 @@ struct ConvertOptions {
 };
 
 // Folders are created only for a directory's files: a single output names a place that exists.
+// `unread` tells a file that did not load from one that did not save.
 bool convertOne(const std::string& input, const std::string& target, const ConvertOptions& o,
-                bool createFolders, JobReport& report) {
+                bool createFolders, JobReport& report, char* unread = nullptr) {
     RootPointer root;
     if (!LoadDocument(input, o.reading, root, report.err)) {
+        if (unread != nullptr) {
+            *unread = 1;
+        }
         return false;
     }
     tq::svg::tqSvgDriver driver;  // one per job: a driver serves one operation at a time
@@ -52,14 +56,22 @@ int convertDirectory(const ConvertOptions& o) {
         return usageError("a directory converts into a directory, not into " + o.output);
     }
     const std::vector<InputFile> inputs = CollectSvgFiles({o.input}, o.output);
+    std::vector<char> unread(inputs.size(), 0);
     const std::size_t failed =
         RunBatch(LabelsOf(inputs), o.batch, [&](std::size_t i, JobReport& report) {
             const InputFile& input = inputs[i];
             return !ReportUnreadable(input, report) &&
                    convertOne(input.path, (fs::path(o.output) / input.relative).string(), o, true,
-                              report);
+                              report, &unread[i]);
         });
-    std::cout << inputs.size() - failed << " converted, " << failed << " failed\n";
+    std::vector<std::string> unreadFiles;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        if (unread[i]) {
+            unreadFiles.push_back(inputs[i].path);
+        }
+    }
+    std::cout << inputs.size() - failed << " converted, " << failed << " failed"
+              << ReadableWithoutSubset(unreadFiles, o.reading) << '\n';
     return failed == 0 ? kExitSuccess : kExitFailure;
 }
 

@@ -1,4 +1,4 @@
-// tqsvg mesh: the segmented geometry of a document as JSON, or its counts and timings.
+// tqsvg mesh: the segmented geometry of documents as JSON, or their counts and timings.
 #include <chrono>
 #include <memory>
 
@@ -8,11 +8,12 @@
 namespace {
 
 struct MeshOptions {
-    std::string input;
+    std::vector<std::string> inputs;
     std::string output;
     bool stats = false;
     float tolerance = 0.0f;
     ReadingOptions reading;
+    BatchSettings batch;
 };
 
 double millisecondsSince(std::chrono::steady_clock::time_point start) {
@@ -35,33 +36,49 @@ std::string statsText(const tq::svg::SegmenterVisitor::PrimitiveList& primitives
            " ms\n";
 }
 
-bool meshOne(const MeshOptions& o, JobReport& report) {
+// Statistics of several files are told apart by a line naming each.
+bool meshOne(const InputFile& input, const std::string& target, const MeshOptions& o, bool several,
+             JobReport& report) {
+    if (ReportUnreadable(input, report)) {
+        return false;
+    }
     const auto loadStart = std::chrono::steady_clock::now();
     RootPointer root;
-    if (!LoadDocument(o.input, o.reading, root, report.err)) {
+    if (!LoadDocument(input.path, o.reading, root, report.err)) {
         return false;
     }
     const double loadMs = millisecondsSince(loadStart);
-    const auto* node = dynamic_cast<const tq::svg::Node*>(root.get());
-    if (node == nullptr) {
-        report.err += o.input + ": the root is not a group\n";
-        return false;
-    }
     const auto segmentStart = std::chrono::steady_clock::now();
-    tq::svg::SegmenterVisitor visitor(*node, o.tolerance);
+    tq::svg::SegmenterVisitor visitor(*root, o.tolerance);
     const double segmentMs = millisecondsSince(segmentStart);
     if (visitor.hasError()) {
-        report.err += o.input +
+        report.err += input.path +
                       ": a filled shape could not be triangulated; it and the shapes after it "
                       "are not filled\n";
     }
     std::string text;
     if (o.stats) {
-        text = statsText(visitor.getSegmentedPrimitives(), loadMs, segmentMs);
+        text = (several ? input.path + ":\n" : "") +
+               statsText(visitor.getSegmentedPrimitives(), loadMs, segmentMs);
     } else {
         AppendMeshJson(text, visitor.getSegmentedPrimitives(), visitor.hasError());
     }
-    return WriteText(o.output, std::move(text), report) && !visitor.hasError();
+    return (!several || o.stats || CreateParentDirectory(target, report.err)) &&
+           WriteText(target, std::move(text), report) && !visitor.hasError();
+}
+
+int runMesh(const MeshOptions& o) {
+    const std::vector<InputFile> inputs = CollectSvgFiles(o.inputs);
+    const bool several = !IsSingleFile(o.inputs);
+    std::vector<std::string> targets(inputs.size());
+    if (!o.stats && !PlanOutputs("mesh", o.inputs, inputs, o.output, ".json", targets)) {
+        return kExitUsage;
+    }
+    const std::size_t failed =
+        RunBatch(LabelsOf(inputs), o.batch, [&](std::size_t i, JobReport& report) {
+            return meshOne(inputs[i], o.stats ? std::string() : targets[i], o, several, report);
+        });
+    return failed == 0 ? kExitSuccess : kExitFailure;
 }
 
 }  // namespace
@@ -70,17 +87,21 @@ Command AddMeshCommand(CLI::App& app) {
     auto o = std::make_shared<MeshOptions>();
     CLI::App* mesh = app.add_subcommand(
         "mesh",
-        "Segment a document into outlines and fill triangles, written as JSON: per shape its "
+        "Segment documents into outlines and fill triangles, written as JSON: per shape its "
         "fill and stroke colours, stroke width, outline points and segments, triangle points "
-        "and triangles. Exit 1 when a filled shape could not be triangulated.");
-    mesh->add_option("input", o->input, "SVG file, or - for standard input")->required();
-    mesh->add_option("-o,--output", o->output, "output file (default: standard output)");
+        "and triangles. Several inputs or a directory write into the directory given as "
+        "--output, each at the input's relative path with the extension .json. Exit 1 when a "
+        "filled shape could not be triangulated.");
+    mesh->add_option("inputs", o->inputs, "SVG files, directories, or - for standard input")
+        ->required();
+    mesh->add_option("-o,--output", o->output,
+                     "output file (default: standard output); a directory for several inputs");
     mesh->add_flag("--stats", o->stats, "Print counts and timings instead of the mesh");
     mesh->add_option("--tolerance", o->tolerance,
                      "Flatten curves, arcs and circles within this distance in document units "
                      "(default: the library's fixed point counts)")
         ->check(CLI::NonNegativeNumber);
     AddReadingOptions(*mesh, o->reading);
-    return {mesh,
-            [o] { return RunSingle(o->input, [&](JobReport& r) { return meshOne(*o, r); }); }};
+    AddBatchOptions(*mesh, o->batch);
+    return {mesh, [o] { return runMesh(*o); }};
 }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "OutputFile.h"
 #include "Tool.h"
 
 namespace {
@@ -32,8 +33,7 @@ tq::svg::BoundingBox chooseBox(const tq::svg::ItemInterface& root, bool extentsF
     }
     tq::svg::BoundingBox box;
     if (extentsFromGeometry) {
-        tq::svg::SegmenterVisitor rough(root);
-        box = GeometryExtent(rough.getSegmentedPrimitives());
+        box = GeometryExtent(root);
     } else {
         tq::svg::ComputeEstimatedBoundingBox(root, box, nullptr, nullptr);
     }
@@ -264,21 +264,26 @@ void draw(cairo_t* cr, const View& view, const tq::svg::SegmenterVisitor::Primit
     }
 }
 
-cairo_status_t writeToStdout(void*, const unsigned char* data, unsigned int length) {
-    return std::fwrite(data, 1, length, stdout) == length ? CAIRO_STATUS_SUCCESS
-                                                          : CAIRO_STATUS_WRITE_ERROR;
+cairo_status_t writeToOutput(void* output, const unsigned char* data, unsigned int length) {
+    return static_cast<OutputFile*>(output)->write(reinterpret_cast<const char*>(data), length) < 0
+               ? CAIRO_STATUS_WRITE_ERROR
+               : CAIRO_STATUS_SUCCESS;
 }
 
-cairo_status_t writePng(cairo_surface_t* surface, const std::string& output) {
-    if (output != "-") {
-        return cairo_surface_write_to_png(surface, output.c_str());
-    }
+// The PNG whole or nothing; false with `error` set.
+bool writePng(cairo_surface_t* surface, const std::string& target, std::string& error) {
+    OutputFile output(target);
     const cairo_status_t status =
-        cairo_surface_write_to_png_stream(surface, writeToStdout, nullptr);
-    if (status == CAIRO_STATUS_SUCCESS && std::fflush(stdout) != 0) {
-        return CAIRO_STATUS_WRITE_ERROR;
+        cairo_surface_write_to_png_stream(surface, writeToOutput, &output);
+    if (!output.commit()) {
+        error = output.error();
+        return false;
     }
-    return status;
+    if (status != CAIRO_STATUS_SUCCESS) {
+        error = std::string("could not be written: ") + cairo_status_to_string(status);
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -317,14 +322,12 @@ RenderOutcome RenderPng(const tq::svg::ItemInterface& root, const RenderSettings
                            &cairo_surface_destroy);
     ContextPointer cr(cairo_create(surface.get()), &cairo_destroy);
     draw(cr.get(), view, segmenter.getSegmentedPrimitives(), settings);
-    cairo_status_t status = cairo_status(cr.get());
-    if (status == CAIRO_STATUS_SUCCESS) {
-        cairo_surface_flush(surface.get());
-        status = writePng(surface.get(), output);
+    const cairo_status_t status = cairo_status(cr.get());
+    if (status != CAIRO_STATUS_SUCCESS) {
+        outcome.error = std::string("could not be drawn: ") + cairo_status_to_string(status);
+        return outcome;
     }
-    outcome.written = status == CAIRO_STATUS_SUCCESS;
-    if (!outcome.written) {
-        outcome.error = cairo_status_to_string(status);
-    }
+    cairo_surface_flush(surface.get());
+    outcome.written = writePng(surface.get(), output, outcome.error);
     return outcome;
 }

@@ -54,45 +54,9 @@ bool renderOne(const std::string& input, const std::string& target, const Render
                       "outline and the shapes after it are missing\n";
     }
     if (!outcome.written) {
-        report.err += target + ": could not be written: " + outcome.error + '\n';
+        report.err += target + ": " + outcome.error + '\n';
     }
     return outcome.written;
-}
-
-// One input file and no directory: OUTPUT is the picture, or a folder to put it in.
-bool isSingleFile(const RenderOptions& o) {
-    return o.inputs.size() == 1 && (o.inputs[0] == "-" || !IsDirectory(o.inputs[0]));
-}
-
-std::string pictureName(const std::string& relative) {
-    return fs::path(relative).replace_extension(".png").string();
-}
-
-// Where each picture goes; false after printing a usage error.
-bool planTargets(const RenderOptions& o, const std::vector<InputFile>& inputs,
-                 std::vector<std::string>& targets) {
-    if (isSingleFile(o)) {
-        const bool intoFolder = o.output != "-" && IsDirectory(o.output) && o.inputs[0] != "-";
-        targets.push_back(intoFolder
-                              ? (fs::path(o.output) / pictureName(inputs[0].relative)).string()
-                              : o.output);
-        return true;
-    }
-    std::set<std::string> seen;
-    for (const InputFile& input : inputs) {
-        if (input.path == "-" || o.output == "-") {
-            std::cerr << "tqsvg render: several pictures need a directory as --output, and "
-                         "named input files\n";
-            return false;
-        }
-        targets.push_back((fs::path(o.output) / pictureName(input.relative)).string());
-        if (input.error.empty() && !seen.insert(targets.back()).second) {
-            std::cerr << "tqsvg render: two inputs would both be drawn into " << targets.back()
-                      << '\n';
-            return false;
-        }
-    }
-    return true;
 }
 
 int runRender(RenderOptions& o) {
@@ -102,10 +66,10 @@ int runRender(RenderOptions& o) {
     }
     const std::vector<InputFile> inputs = CollectSvgFiles(o.inputs);
     std::vector<std::string> targets;
-    if (!planTargets(o, inputs, targets)) {
+    if (!PlanOutputs("render", o.inputs, inputs, o.output, ".png", targets)) {
         return kExitUsage;
     }
-    const bool createFolders = !isSingleFile(o);
+    const bool createFolders = !IsSingleFile(o.inputs);
     const std::size_t failed =
         RunBatch(LabelsOf(inputs), o.batch, [&](std::size_t i, JobReport& report) {
             return !ReportUnreadable(inputs[i], report) &&

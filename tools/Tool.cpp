@@ -1,23 +1,25 @@
 #include "Tool.h"
 
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <set>
 #include <thread>
 
 #include <tqSystem/tqDirUtils.h>
 
-#include "StdioDevice.h"
+#include "OutputFile.h"
+#include "StdinDevice.h"
 
 Library::Library() {
-    tq::svg::initializeTqSvg();
     tqLog::setInstance(&mLog);
 }
 
 Library::~Library() {
     tqLog::setInstance(nullptr);
-    tq::svg::terminateTqSvg();
 }
 
 void AppendMessages(std::string& to, const std::string& file,
@@ -27,21 +29,59 @@ void AppendMessages(std::string& to, const std::string& file,
     }
 }
 
+namespace {
+
+// Why a file that failed to load could not be read, in the tool's words, when the library's
+// messages do not say: the system's reason, an empty file; empty when there is none to add.
+std::string unreadReason(const std::string& file) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(file, error);
+    if (error) {
+        return "the file could not be opened: " + error.message();
+    }
+    if (size == 0) {
+        return "the file is empty";
+    }
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        return std::string("the file could not be opened: ") + std::strerror(errno);
+    }
+    return {};
+}
+
+std::string notSvgReason(const std::string& file) {
+    std::string reason = unreadReason(file);
+    if (!reason.empty()) {
+        return reason;
+    }
+    const std::string extension = tqDirUtils::ExtractFileExtension(file, false, false);
+    return (extension.empty() ? std::string("no driver reads a file without an extension")
+                              : "no driver reads the extension \"" + extension + "\"") +
+           ": name it *.svg, or give it on standard input as -";
+}
+
+}  // namespace
+
 bool LoadFile(tq::svg::tqSvgDriver& driver, const std::string& file,
               const tq::svg::LoadOptions& options, RootPointer& root,
               std::list<std::string>& messages) {
     bool ok;
     if (file == "-") {
-        StdioDevice in(stdin);
+        StdinDevice in;
         ok = driver.loadSvg(root, in, "svg", nullptr, options);
     } else if (driver.canLoad({nullptr, tqDirUtils::ExtractFileExtension(file, true, true)},
                               options) == tq::svg::tqSvgDriver::CannotHandle) {
-        messages.assign(1, "not an .svg file");
+        messages = {"not an .svg file", notSvgReason(file)};
         return false;
     } else {
         ok = driver.loadSvg(root, file, nullptr, options);
     }
     driver.getLastErrorsAndWarnings(messages, true);
+    if (!ok && file != "-") {
+        if (std::string reason = unreadReason(file); !reason.empty()) {
+            messages.push_back(std::move(reason));
+        }
+    }
     return ok;
 }
 
@@ -61,22 +101,21 @@ bool LoadDocument(const std::string& file, const ReadingOptions& reading, RootPo
 bool SaveDocument(tq::svg::tqSvgDriver& driver, const tq::svg::ItemInterface& item,
                   const std::string& target, const tq::svg::SaveOptions& options,
                   std::string& err) {
-    bool ok;
-    if (target == "-") {
-        StdioDevice out(stdout);
-        ok = driver.saveSvg(item, out, "svg", nullptr, options);
-        ok = out.flush() && ok;
-    } else {
-        // Saved through the file name: any extension is accepted, the content is SVG.
-        ok = driver.saveSvg(item, target, nullptr, options);
-    }
+    // Any extension is accepted: the content is SVG.
+    OutputFile out(target);
+    const bool saved = out.isOpen() && driver.saveSvg(item, out, "svg", nullptr, options);
     std::list<std::string> messages;
     driver.getLastErrorsAndWarnings(messages, true);
     AppendMessages(err, target, messages);
-    if (!ok && messages.empty()) {
+    // The save itself does not look at what the device refused; the device does.
+    if (!out.commit()) {
+        err += target + ": " + out.error() + '\n';
+        return false;
+    }
+    if (!saved) {
         err += target + ": the document could not be written\n";
     }
-    return ok;
+    return saved;
 }
 
 bool CreateParentDirectory(const std::string& file, std::string& err) {
@@ -98,11 +137,10 @@ bool WriteText(const std::string& file, std::string&& text, JobReport& report) {
         report.out += std::move(text);
         return true;
     }
-    std::ofstream out(file, std::ios::binary);
-    out << text;
-    out.close();
-    if (!out) {
-        report.err += file + ": could not be written\n";
+    OutputFile out(file);
+    out.write(text.data(), static_cast<int64>(text.size()));
+    if (!out.commit()) {
+        report.err += file + ": " + out.error() + '\n';
         return false;
     }
     return true;
@@ -112,6 +150,58 @@ int RunSingle(const std::string& label, const std::function<bool(JobReport&)>& w
     const std::size_t failed = RunBatch(
         {label}, BatchSettings(), [&](std::size_t, JobReport& report) { return work(report); });
     return failed == 0 ? kExitSuccess : kExitFailure;
+}
+
+bool IsSingleFile(const std::vector<std::string>& arguments) {
+    return arguments.size() == 1 && (arguments[0] == "-" || !IsDirectory(arguments[0]));
+}
+
+bool PlanOutputs(const std::string& command, const std::vector<std::string>& arguments,
+                 const std::vector<InputFile>& inputs, const std::string& output,
+                 const std::string& extension, std::vector<std::string>& targets) {
+    namespace fs = std::filesystem;
+    const auto named = [&](const std::string& relative) {
+        return fs::path(relative).replace_extension(extension).string();
+    };
+    targets.clear();
+    if (IsSingleFile(arguments)) {
+        const bool intoFolder = output != "-" && IsDirectory(output) && arguments[0] != "-";
+        targets.push_back(intoFolder ? (fs::path(output) / named(inputs[0].relative)).string()
+                                     : output);
+        return true;
+    }
+    std::set<std::string> seen;
+    for (const InputFile& input : inputs) {
+        if (input.path == "-" || output.empty() || output == "-") {
+            std::cerr << "tqsvg " << command
+                      << ": several inputs need a directory as --output, and named input files\n";
+            return false;
+        }
+        targets.push_back((fs::path(output) / named(input.relative)).string());
+        if (input.error.empty() && !seen.insert(targets.back()).second) {
+            std::cerr << "tqsvg " << command << ": two inputs would both be written to "
+                      << targets.back() << '\n';
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string ReadableWithoutSubset(const std::vector<std::string>& failedFiles,
+                                  const ReadingOptions& reading) {
+    if (!reading.subset || failedFiles.empty()) {
+        return {};
+    }
+    ReadingOptions standard = reading;
+    standard.subset = false;
+    std::size_t readable = 0;
+    for (const std::string& file : failedFiles) {
+        RootPointer root;
+        std::string ignored;
+        readable += LoadDocument(file, standard, root, ignored) ? 1 : 0;
+    }
+    return readable == 0 ? std::string()
+                         : "; " + std::to_string(readable) + " of them load without --subset";
 }
 
 std::vector<std::string> LabelsOf(const std::vector<InputFile>& inputs) {
@@ -131,9 +221,12 @@ bool ReportUnreadable(const InputFile& input, JobReport& report) {
     return true;
 }
 
-tq::svg::BoundingBox GeometryExtent(const tq::svg::SegmenterVisitor::PrimitiveList& primitives) {
+namespace {
+
+tq::svg::BoundingBox outlineBox(const tq::svg::ItemInterface& root, float tolerance) {
+    tq::svg::SegmenterVisitor segmenter(root, tolerance);
     tq::svg::BoundingBox box;
-    for (const auto& primitive : primitives) {
+    for (const auto& primitive : segmenter.getSegmentedPrimitives()) {
         for (const Wm4::Vector2f& point : primitive->points) {
             if (std::isfinite(point.X()) && std::isfinite(point.Y())) {
                 box.expandToContain(point);
@@ -141,6 +234,20 @@ tq::svg::BoundingBox GeometryExtent(const tq::svg::SegmenterVisitor::PrimitiveLi
         }
     }
     return box;
+}
+
+}  // namespace
+
+// Outline points lie on the curves, so the box can only fall short of a curve's extreme, by
+// less than the flattening tolerance: a first rough pass gives the size that tolerance is taken
+// from.
+tq::svg::BoundingBox GeometryExtent(const tq::svg::ItemInterface& root) {
+    const tq::svg::BoundingBox rough = outlineBox(root, 0.0f);
+    const float size = std::max(rough.getWidth(), rough.getHeight());
+    if (!rough.isValid() || !std::isfinite(size) || !(size > 0.0f)) {
+        return rough;
+    }
+    return outlineBox(root, size * 1e-4f);
 }
 
 void AddReadingOptions(CLI::App& command, ReadingOptions& reading) {

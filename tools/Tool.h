@@ -28,6 +28,7 @@ public:
     Library& operator=(const Library&) = delete;
 
 private:
+    tq::svg::LibraryGuard mGuard;  // started before the log is set, stopped after it is unset
     ReportingLog mLog;
 };
 
@@ -61,9 +62,9 @@ struct ReadingOptions {
 bool LoadDocument(const std::string& file, const ReadingOptions& reading, RootPointer& root,
                   std::string& err);
 
-// The extent of segmented geometry: every outline point, curves included; invalid when there
-// is none.
-tq::svg::BoundingBox GeometryExtent(const tq::svg::SegmenterVisitor::PrimitiveList& primitives);
+// The extent of the content as drawn, curves included: the outlines segmented within a
+// ten-thousandth of the content's size; invalid when there is none.
+tq::svg::BoundingBox GeometryExtent(const tq::svg::ItemInterface& root);
 
 // Saves `item` as SVG to a file of any extension, or standard output for "-"; messages and a
 // failure are appended to `err`.
@@ -80,6 +81,21 @@ bool WriteText(const std::string& file, std::string&& text, JobReport& report);
 // Runs one job the way a batch runs each of its jobs, so that a single file's output has the
 // same form; the exit code.
 int RunSingle(const std::string& label, const std::function<bool(JobReport&)>& work);
+
+// Whether the arguments name one file (or "-") and no directory: its output is a file.
+bool IsSingleFile(const std::vector<std::string>& arguments);
+// Where each input's output goes: for a single file `output` itself (or, when it is a folder,
+// the input's name with `extension` in it); for several, `output` is a folder and each output
+// takes the input's relative path with `extension`. False after printing a usage error for
+// `command` (several outputs to standard output, two inputs onto one output).
+bool PlanOutputs(const std::string& command, const std::vector<std::string>& arguments,
+                 const std::vector<InputFile>& inputs, const std::string& output,
+                 const std::string& extension, std::vector<std::string>& targets);
+
+// For a summary line under --subset: "; N of them load without --subset" when some of the
+// failed files read as browsers read SVG, else nothing.
+std::string ReadableWithoutSubset(const std::vector<std::string>& failedFiles,
+                                  const ReadingOptions& reading);
 
 // The labels a batch prints: the inputs' paths.
 std::vector<std::string> LabelsOf(const std::vector<InputFile>& inputs);

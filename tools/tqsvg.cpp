@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "OutputFile.h"
 #include "Tool.h"
 
 int main(int argc, char** argv) {
@@ -29,12 +30,14 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
 
+    OutputFile::ReadUmask();
     Library library;
     for (const Command& command : commands) {
         if (command.parser->parsed()) {
             return command.run();
         }
     }
-    std::cout << app.help();
-    return kExitSuccess;
+    // No command: the help, as a usage error.
+    std::cerr << app.help();
+    return kExitUsage;
 }

@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: segment FILE.svg\n");
         return 2;
     }
-    tq::svg::initializeTqSvg();
+    tq::svg::LibraryGuard library;
     std::printf("tqSvg %s\n", tqSvg::Version::GetDescStringMajorMinorReleaseRevision(true, false));
 
     tq::svg::ItemInterfacePointer<tq::svg::ItemInterface> root;
@@ -38,7 +38,6 @@ int main(int argc, char** argv) {
     }
     auto* document = dynamic_cast<tq::svg::Document*>(root.get());
     if (!loaded || document == nullptr) {
-        tq::svg::terminateTqSvg();
         return 1;
     }
 
@@ -53,7 +52,5 @@ int main(int argc, char** argv) {
 
     tq::svg::SegmenterVisitor segmenter(*document);
     printShapes(segmenter.getSegmentedPrimitives());
-    const bool ok = !segmenter.hasError();
-    tq::svg::terminateTqSvg();
-    return ok ? 0 : 1;
+    return segmenter.hasError() ? 1 : 0;
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <string>
 
 #include "tqSystem/tqCancelInterface.h"
@@ -279,14 +280,15 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
     sax.fatalError = &StreamParser::onDiagnostic;
 
     const QuietGenericErrors quiet;
-    std::vector<char> chunk(kChunkSize);
-    int64 got = device.read(chunk.data(), kChunkSize);
+    // Not zeroed: a small document would otherwise pay for clearing the whole chunk.
+    const std::unique_ptr<char[]> chunk(new char[kChunkSize]);
+    int64 got = device.read(chunk.get(), kChunkSize);
     bool readFailed = got < 0;
     if (readFailed) {
         got = 0;
     }
     mConsumed += static_cast<std::uint64_t>(got);
-    mContext = xmlCreatePushParserCtxt(&sax, nullptr, chunk.data(), 0, nullptr);
+    mContext = xmlCreatePushParserCtxt(&sax, nullptr, chunk.get(), 0, nullptr);
     if (mContext == nullptr) {
         mHandler.onParserMessage("Failed to create the XML parser", XmlFatalError);
         return false;
@@ -298,7 +300,7 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
 
     bool cancelled = false;
     while (!mStopped && !readFailed && got > 0) {
-        parseChunk(chunk.data(), static_cast<int>(got), false);
+        parseChunk(chunk.get(), static_cast<int>(got), false);
         if (mStopped) {
             break;
         }
@@ -306,7 +308,7 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
             cancelled = true;
             break;
         }
-        got = device.read(chunk.data(), kChunkSize);
+        got = device.read(chunk.get(), kChunkSize);
         readFailed = got < 0;
         mConsumed += readFailed ? 0 : static_cast<std::uint64_t>(got);
     }

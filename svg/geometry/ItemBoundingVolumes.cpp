@@ -2,7 +2,7 @@
 // a circle's radius is used as it stands, neither scaled nor rotated.
 #include <algorithm>
 
-#include "svg/geometry/TransformPoint.h"
+#include "svg/geometry/detail/TransformPoint.h"
 #include "svg/model/Circle.h"
 #include "svg/model/Image.h"
 #include "svg/model/Line.h"

@@ -7,9 +7,9 @@
 #include <tqSystem/tqLog.h>
 
 #include "svg/geometry/CleanupContour.h"
-#include "svg/geometry/TransformPoint.h"
 #include "svg/geometry/TriangulatePoly.h"
 #include "svg/geometry/detail/Flattening.h"
+#include "svg/geometry/detail/TransformPoint.h"
 #include "svg/path/PathVisitorCommandsToPrimitives.h"
 
 namespace tq::svg {

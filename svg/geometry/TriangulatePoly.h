@@ -13,21 +13,25 @@
 // points exact in 128-bit before they are rounded to the nearest grid point. Snapping rule (snap
 // rounding): a segment passing through the pixel of a vertex (the unit square centred on it) is
 // routed through that vertex, so that rounded crossing points cannot keep creating crossings.
-// Segments are split at every crossing, T-junction and overlap (found by a sweep that tests the
-// segments that become neighbours, then by box tests for the few that left the sweep early) until
-// only segments that meet at end points remain; equal segments are merged into one with a summed
-// winding weight, and a plane sweep over the grid points builds the trapezoids, their winding
-// numbers and their regions. Output coordinates come from the original floats (crossing points from
-// the float lines, a vertical or horizontal side keeping its exact x or y), so triangles meet the
-// input exactly.
+// Segments are split at every crossing, T-junction and overlap (found by a plane sweep that tests
+// the segments that become neighbours, then by box tests for the few that left the sweep early)
+// until only segments that meet at end points remain; equal segments are merged into one with a
+// summed winding weight. The same sweep builds the trapezoids, their winding numbers and their
+// regions as long as it finds nothing to split, so an outline that needs no splitting is swept
+// once. Output coordinates come from the original floats (crossing points from the float lines, a
+// vertical or horizontal side keeping its exact x or y), so triangles meet the input exactly.
 //
 // Open subpaths: when some vertex has more segments leaving than arriving, the outline is open
 // and its inside undefined; then every run of consecutive segments (each ending where the next
 // begins, in input order, as paths give them) that does not return to its start is closed by a
-// segment back to it, as fills close open subpaths. A closed outline is never changed, whatever
-// the order of its segments.
+// segment back to it, as fills close open subpaths. Next to segments chained by index (pairs
+// k, k+1 as segmented paths give them), a break in the index chain starts a new run even at the
+// same position, so two open subpaths meeting at a point are closed apart. A closed outline is
+// never changed, whatever the order of its segments.
 //
-// Cost: O((n + k) log n) for n segments and k crossings, in vectors and pooled tree nodes.
+// Cost: O((n + k) log n) for n segments and k crossings, in vectors and pooled tree nodes. The
+// working memory stays with the calling thread between calls unless an outline made it grow past
+// about 32k segments, so that filling many small outlines one after another does not allocate.
 #pragma once
 
 #include <vector>
@@ -48,8 +52,9 @@ enum class TriangulationFillRule : int {
 // Appends the triangles of the filled outline to `outPoints` and `outIndices` (triples). False
 // for an odd number of indices, an index out of range, a NaN or infinite coordinate, or an
 // inconsistency found while building ("Shape triangulation failed", caught here); what was
-// appended before a failure stays. With `skipDegenerate`, segments whose ends fall on the same
-// vertex are left out; they enclose no area, so without it they are inserted to no effect.
+// appended before a failure stays. `skipDegenerate` has no effect: a segment whose ends fall on
+// the same vertex encloses no area and changes no winding number, so it is always left out, and
+// the result is the same either way.
 TQSVG_EXPORT bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
                                   const std::vector<unsigned int>& indices,
                                   std::vector<Wm4::Vector2f>& outPoints,

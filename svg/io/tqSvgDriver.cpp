@@ -3,7 +3,7 @@
 #include <tqSystem/tqDirUtils.h>
 #include <tqSystem/tqIoDeviceFileStream.h>
 
-#include "svg/read/Loader.h"
+#include "svg/read/detail/Loader.h"
 
 namespace tq::svg {
 

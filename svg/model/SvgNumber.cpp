@@ -1,4 +1,4 @@
-#include "svg/model/SvgNumber.h"
+#include "svg/model/detail/SvgNumber.h"
 
 #include "svg/model/detail/ExactDecimal.h"
 

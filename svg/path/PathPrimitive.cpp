@@ -5,7 +5,7 @@
 
 #include <Wm4Foundation/Wm4Math.h>
 
-#include "svg/geometry/TransformPoint.h"
+#include "svg/geometry/detail/TransformPoint.h"
 
 namespace tq::svg {
 

@@ -12,10 +12,10 @@
 #include "svg/model/Line.h"
 #include "svg/model/Path.h"
 #include "svg/model/Rect.h"
-#include "svg/model/SvgNumber.h"
 #include "svg/model/Text.h"
+#include "svg/model/detail/SvgNumber.h"
 #include "svg/path/detail/PathData.h"
-#include "svg/read/AttributeParsers.h"
+#include "svg/read/detail/AttributeParsers.h"
 #include "svg/read/detail/ParserMessages.h"
 #include "svg/read/detail/StandardReader.h"
 

@@ -1,4 +1,4 @@
-#include "svg/read/Loader.h"
+#include "svg/read/detail/Loader.h"
 
 #include <tqXml/ParseXmlStream.h>
 
@@ -10,7 +10,7 @@
 #include "svg/model/Path.h"
 #include "svg/model/Rect.h"
 #include "svg/model/Text.h"
-#include "svg/read/AttributeParsers.h"
+#include "svg/read/detail/AttributeParsers.h"
 #include "svg/read/detail/ParserMessages.h"
 #include "svg/read/detail/StandardReader.h"
 

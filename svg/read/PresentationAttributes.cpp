@@ -7,8 +7,8 @@
 #include <tqSystem/tqStringUtils.h>
 
 #include "svg/model/SvgColor.h"
-#include "svg/model/SvgNumber.h"
-#include "svg/read/AttributeParsers.h"
+#include "svg/model/detail/SvgNumber.h"
+#include "svg/read/detail/AttributeParsers.h"
 #include "svg/read/detail/ParserMessages.h"
 #include "svg/read/detail/StandardReader.h"
 #include "svg/read/detail/StandardValues.h"

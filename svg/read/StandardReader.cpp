@@ -1,6 +1,7 @@
 #include "svg/read/detail/StandardReader.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -13,8 +14,8 @@
 #include "svg/model/Rect.h"
 #include "svg/model/Text.h"
 #include "svg/path/detail/PathData.h"
-#include "svg/read/AttributeParsers.h"
-#include "svg/read/Loader.h"
+#include "svg/read/detail/AttributeParsers.h"
+#include "svg/read/detail/Loader.h"
 #include "svg/read/detail/ParserMessages.h"
 #include "svg/read/detail/StandardShapes.h"
 
@@ -303,6 +304,15 @@ std::uint64_t sizeOf(const ItemInterface& item) {
     return kItem + kCommand * commands;
 }
 
+// Whether the inherited pass has work on the item itself, whatever its ancestors: a paint naming
+// the current colour or a gradient, or an opacity to multiply.
+bool resolvesOnItem(const RenderingProperties& p) {
+    const auto special = [](const std::optional<std::string>& paint) {
+        return paint && (*paint == "currentColor" || paint->compare(0, 4, "url(") == 0);
+    };
+    return special(p.fill) || special(p.stroke) || p.opacity.has_value();
+}
+
 }  // namespace
 
 // What the tree has no field for, one per element that became an item, in document order.
@@ -319,6 +329,10 @@ struct StandardReader::Record {
     std::uint8_t row = 0;         // in kElements
     std::uint8_t display = 0;     // 0 inherited, 1 none, 2 shown
     std::uint8_t visibility = 0;  // 0 inherited, 1 visible, 2 hidden
+    // Set while the item is at hand, so that the passes skip items they have nothing to do on
+    // (each visit of an item is a cache miss in a large document).
+    bool selectable = false;  // has a class or an id
+    bool resolves = false;    // see resolvesOnItem
 };
 
 // An open element that was not skipped.
@@ -511,6 +525,8 @@ StartElementResult StandardReader::startItem(Kind kind, std::string_view name,
     readAttributes(kind, *item, scratch, record, attributes);
     item = finishItem(kind, index, std::move(item), scratch);
     record.item = item.get();
+    record.selectable = item->getId() || item->getProperties().className;
+    record.resolves = resolvesOnItem(item->getProperties());
     mRecords.push_back(record);
     if (const auto& id = item->getId()) {
         mIds.emplace(*id, index);
@@ -1020,10 +1036,17 @@ bool StandardReader::finish(ItemInterfacePointer<ItemInterface>& out) {
 }
 
 void StandardReader::applyStyles() {
+    // Whether any rule applies to every element of a row, so that an element without a class,
+    // an id or a style attribute may be passed over.
+    std::array<bool, std::size(kElements)> rowMatches{};
+    for (std::size_t row = 0; row < rowMatches.size(); ++row) {
+        rowMatches[row] = mSheet.matchesEvery(kElements[row].name);
+    }
     std::vector<const CssDeclaration*> matched;
     for (std::uint32_t i = 0; i < mOriginalRecords; ++i) {
         Record& record = mRecords[i];
-        if (mSheet.empty() && record.style == kNone) {
+        if (record.style == kNone &&
+            (mSheet.empty() || (!record.selectable && !rowMatches[record.row]))) {
             continue;
         }
         const auto& properties = record.item->getProperties();
@@ -1049,10 +1072,14 @@ void StandardReader::applyStyles() {
                     }
                 });
         }
+        mRecords[i].resolves = resolvesOnItem(mRecords[i].item->getProperties());
     }
 }
 
 bool StandardReader::expandUses() {
+    if (mUses.empty()) {
+        return true;
+    }
     std::uint64_t documentSize = 0;
     for (std::uint32_t i = 0; i < mOriginalRecords; ++i) {
         documentSize += sizeOf(*mRecords[i].item);
@@ -1237,6 +1264,9 @@ void StandardReader::resolveInherited() {
         if (record.colour != kNone) {
             state.colour = std::string_view(mTexts).substr(record.colour, record.colourLength);
         }
+        if (!record.resolves && !state.fillIsCurrent && !state.strokeIsCurrent) {
+            continue;  // nothing to resolve on the item, and nothing it could change below it
+        }
         RenderingProperties& p = record.item->editProperties();
         // currentColor is inherited as the keyword, so a descendant with a colour of its own
         // paints in that colour.
@@ -1328,9 +1358,10 @@ void StandardReader::removeHidden() {
             byParent[group].push_back(mRecords[i].item);
         }
     }
-    for (auto& [group, doomed] : byParent) {
+    for (auto& entry : byParent) {
+        std::vector<const ItemInterface*>& doomed = entry.second;
         std::sort(doomed.begin(), doomed.end());
-        group->editChildren().remove_if([&](const std::shared_ptr<ItemInterface>& child) {
+        entry.first->editChildren().remove_if([&](const std::shared_ptr<ItemInterface>& child) {
             return std::binary_search(doomed.begin(), doomed.end(), child.get());
         });
     }

@@ -7,8 +7,8 @@
 #include <Wm4Foundation/Wm4Vector4.h>
 
 #include "svg/model/SvgColor.h"
-#include "svg/model/SvgNumber.h"
 #include "svg/model/detail/NamedColors.h"
+#include "svg/model/detail/SvgNumber.h"
 
 namespace tq::svg::detail {
 

@@ -229,7 +229,8 @@ void StyleSheet::parse(std::string_view sheet) {
 void StyleSheet::match(std::string_view tag, std::string_view classes, std::string_view id,
                        std::vector<const CssDeclaration*>& out) const {
     out.clear();
-    std::vector<std::pair<std::uint64_t, const Rule*>> matching;
+    auto& matching = mMatching;
+    matching.clear();
     for (std::size_t i = 0; i < mRules.size(); ++i) {
         const Selector& s = mRules[i].selector;
         const bool matches =
@@ -247,6 +248,13 @@ void StyleSheet::match(std::string_view tag, std::string_view classes, std::stri
             out.push_back(&mDeclarations[entry.second->declarations + d]);
         }
     }
+}
+
+bool StyleSheet::matchesEvery(std::string_view tag) const {
+    return std::any_of(mRules.begin(), mRules.end(), [&](const Rule& rule) {
+        const Selector& s = rule.selector;
+        return (s.tag.empty() || s.tag == tag) && s.id.empty() && s.classes.empty();
+    });
 }
 
 }  // namespace tq::svg::detail

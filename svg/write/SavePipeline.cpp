@@ -7,7 +7,7 @@
 
 #include "svg/io/tqSvgDriver.h"
 #include "svg/model/Node.h"
-#include "svg/write/SvgSaveWriter.h"
+#include "svg/write/detail/SvgSaveWriter.h"
 #include "svg/write/detail/WriteFailure.h"
 
 namespace tq::svg {

@@ -1,7 +1,8 @@
 // Item trees as canonical text, one line per item indented by depth: two trees are equal exactly
 // when their texts are, and a failed comparison shows a readable diff. Every float is written as
 // the shortest text that reads back to the same bits (as exact as hex, and readable in a table);
-// every NaN is written "nan". Optional fields appear only when present.
+// every NaN is written "nan", and -0 as "0" (the writer does the same). Optional fields appear only
+// when present.
 //
 //   svg viewBox=0,0,10,10 style="a{}"
 //     g id="a" transform=1,0,5,0,1,7,0,0,1 fill="red"
@@ -21,6 +22,9 @@ namespace tq::test {
 inline std::string Number(float value) {
     if (std::isnan(value)) {
         return "nan";
+    }
+    if (value == 0.0f) {
+        value = 0.0f;
     }
     char buffer[32];
     return std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, value).ptr);

@@ -54,6 +54,27 @@ expect 0 "help" -- "$tool" --help
 contains "$work/out" "render" "help lists the commands"
 expect 2 "unknown command" -- "$tool" frobnicate
 expect 2 "missing argument" -- "$tool" convert "$sample"
+expect 2 "no command" -- "$tool"
+contains "$work/err" "Subcommands:" "help without a command"
+
+# Output lands whole or not at all, and a refused write says why.
+for args in "convert $sample" "bbox --fit $sample -o" "mesh $sample -o" "render $sample -o"; do
+    expect 1 "$args onto a full device" -- "$tool" $args /dev/full
+    contains "$work/err" "/dev/full: could not be written: No space left on device" "$args: the reason"
+done
+cp "$sample" "$work/kept.svg"
+(trap '' XFSZ; ulimit -f 1; "$tool" convert --indent "$sample" "$work/kept.svg") >/dev/null 2>&1 \
+    && fail "a write past the file size limit succeeded"
+cmp -s "$sample" "$work/kept.svg" || fail "a failed write changed the file under its final name"
+ls -a "$work" | grep -q '^\.kept' && fail "a temporary file stayed behind"
+
+# A file the tool cannot read gets the reason in the tool's words after the library's.
+echo '<svg/>' >"$work/a.xml"
+: >"$work/void.svg"
+expect 1 "unreadable inputs" -- "$tool" check "$work/a.xml" "$work/no/dir" "$work/void.svg"
+contains "$work/err" "$work/a.xml: no driver reads the extension \".xml\"" "why not .xml"
+contains "$work/err" "$work/no/dir: the file could not be opened: No such file or directory" "why not a missing folder"
+contains "$work/err" "$work/void.svg: the file is empty" "why not an empty file"
 
 # What every command shares: help, usage errors, and failures named after the file.
 for command in check convert mesh bbox render; do
@@ -91,7 +112,7 @@ expect 0 "check sample" -- "$tool" check "$sample"
 contains "$work/out" "1 loaded, 0 failed" "summary of a good file"
 # The library's strict subset refuses what it does not have; the default reading draws it.
 expect 1 "check bad" -- "$tool" check --subset "$sample" "$work/bad.svg" "$work/missing.svg" "$work/malformed.svg"
-contains "$work/out" "1 loaded, 3 failed" "summary of bad files"
+contains "$work/out" "1 loaded, 3 failed, 0 warnings; 1 of them load without --subset" "summary of bad files"
 contains "$work/err" "$work/bad.svg: Failed to parse value \"1px\" in attribute \"width\"" "detail line"
 contains "$work/err" "$work/missing.svg: Fail to open file" "missing file"
 expect 0 "check ignoring" -- "$tool" check --subset --ignore-unsupported "$work/bad.svg"
@@ -199,8 +220,11 @@ contains "$work/err" "$work/huge.svg: svg: " "library log lines name the file"
 
 # bbox: x y width height of the content, or the document refitted with --fit.
 printf '<svg xmlns="http://www.w3.org/2000/svg"><g transform="translate(10 20)"><rect x="1" y="2" width="3" height="4"/></g><line x1="-5" y1="0" x2="0" y2="0"/></svg>' >"$work/box.svg"
+printf '<svg xmlns="http://www.w3.org/2000/svg"><path d="M0 0C0 10 10 10 10 0"/></svg>' >"$work/curve.svg"
 expect 0 "bbox" -- "$tool" bbox "$work/box.svg"
 contains "$work/out" "-5 0 19 26" "bbox numbers"
+expect 0 "bbox of a curve" -- "$tool" bbox "$work/curve.svg" "$work/box.svg"
+contains "$work/out" "$work/curve.svg: 0 0 10 7.4" "a curve's extent, one line a file"
 expect 0 "bbox of nothing" -- "$tool" bbox "$work/empty.svg"
 contains "$work/out" "empty" "empty bbox"
 expect 0 "bbox fit" -- "$tool" bbox --fit "$work/box.svg" -o "$work/fitted.svg"

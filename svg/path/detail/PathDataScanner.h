@@ -27,6 +27,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,8 +35,8 @@
 #include <tqSystem/tqStringUtils.h>
 
 #include "svg/model/Path.h"
-#include "svg/model/SvgNumber.h"
 #include "svg/model/detail/ExactDecimal.h"
+#include "svg/model/detail/SvgNumber.h"
 
 namespace tq::svg::detail {
 
@@ -148,12 +149,56 @@ private:
 
     // ---- numbers -------------------------------------------------------------------------------
 
+    static bool startsRun(char c) {
+        return isDigit(c) || c == 'e' || c == 'E' || c == '+' || c == '-' || c == '.';
+    }
+
     // Whether `c` may extend a subset number run that began at `runStart` and reached `at`.
     static bool extendsRun(char c, const char* runStart, const char* at, bool point) {
         return isDigit(c) || c == 'e' || c == 'E' ||
                ((c == '+' || c == '-') && (at == runStart || at[-1] == 'e' || at[-1] == 'E')) ||
                (c == '.' && !point);
     }
+
+    // Appends the digits from `p` on to `mantissa` (modulo 2^64: the caller counts them) and
+    // sets `p` past them. Eight bytes at a time where eight remain, without a branch per digit:
+    // numbers in path data have few digits of varying count, and a loop that stops at the first
+    // non-digit mispredicts its exit on most numbers.
+    static void AppendDigits(const char*& p, const char* end, std::uint64_t& mantissa) {
+        constexpr std::uint64_t kHigh = 0xF0F0F0F0F0F0F0F0u;
+        constexpr std::uint64_t kZeros = 0x3030303030303030u;
+        while (end - p >= 8) {
+            std::uint64_t chunk;
+            std::memcpy(&chunk, p, 8);
+            // A byte is a digit when its high nibble is 3 and adding 6 keeps it 3.
+            const std::uint64_t test =
+                (chunk & kHigh) | (((chunk + 0x0606060606060606u) & kHigh) >> 4);
+            const std::uint64_t other = test ^ 0x3333333333333333u;  // zero bytes: digits
+            const int count = other == 0 ? 8 : CountTrailingZeros(other) / 8;
+            if (count == 0) {
+                return;
+            }
+            // The digits moved to the high bytes (the low ones read as leading zeros), then
+            // combined pairwise into one number.
+            std::uint64_t value = (chunk - kZeros) << (8 * (8 - count));
+            value = (value * 10 + (value >> 8)) & 0x00FF00FF00FF00FFu;
+            value = (value * 100 + (value >> 16)) & 0x0000FFFF0000FFFFu;
+            value = (value * 10000 + (value >> 32)) & 0xFFFFFFFFu;
+            mantissa = mantissa * kPowersOfTen[count] + value;
+            p += count;
+            if (count < 8) {
+                return;
+            }
+        }
+        for (; p != end && isDigit(*p); ++p) {
+            mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+        }
+    }
+
+    static int CountTrailingZeros(std::uint64_t x) { return __builtin_ctzll(x); }
+
+    static constexpr std::uint64_t kPowersOfTen[] = {1,      10,      100,      1000,     10000,
+                                                     100000, 1000000, 10000000, 100000000};
 
     // The usual shape [sign]digits[.digits][e[sign]digits] from `p`, converted in the same pass.
     // Sets `p` past what it read; `exact` is false when the value needs the general conversion.
@@ -164,29 +209,22 @@ private:
             negative = *p == '-';
             ++p;
         }
+        // Every digit goes into the mantissa; leading zeros add nothing to it, and a number of
+        // more than 19 digits, leading zeros included, takes the general conversion.
         std::uint64_t mantissa = 0;
-        int significant = 0;
+        const char* digits = p;
+        AppendDigits(p, end, mantissa);
+        std::ptrdiff_t count = p - digits;
         int exponent = 0;
-        anyDigit = false;
-        point = false;
-        for (; p != end && isDigit(*p); ++p) {
-            anyDigit = true;
-            if (mantissa != 0 || *p != '0') {
-                mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
-                ++significant;
-            }
+        point = p != end && *p == '.';
+        if (point) {
+            const char* fraction = ++p;
+            AppendDigits(p, end, mantissa);
+            exponent = -static_cast<int>(std::min<std::ptrdiff_t>(p - fraction, 100000));
+            count += p - fraction;
         }
-        if (p != end && *p == '.') {
-            point = true;
-            for (++p; p != end && isDigit(*p); ++p) {
-                anyDigit = true;
-                if (mantissa != 0 || *p != '0') {
-                    mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
-                    ++significant;
-                }
-                --exponent;
-            }
-        }
+        anyDigit = count > 0;
+        const int significant = static_cast<int>(std::min<std::ptrdiff_t>(count, 100));
         if (anyDigit && p != end && (*p == 'e' || *p == 'E')) {
             const char* q = p + 1;
             bool negativeExponent = false;
@@ -298,6 +336,10 @@ private:
     }
 
     Match consumeGroup(const char*& pos, float* values, int count) const {
+        // No number run starts here: the common end of a command, told without scanning.
+        if (pos == mEnd || !startsRun(peek(pos))) {
+            return NoMatch;
+        }
         const Match first = consumeNumber(pos, values[0]);
         if (first != Matched) {
             return first;
@@ -322,9 +364,11 @@ private:
         for (const char* letter = letters; *letter != '\0' && !listed; ++letter) {
             listed = c == *letter;
         }
-        if (!listed) {
-            return NoMatch;
-        }
+        return listed ? consumeGroups(pos) : NoMatch;
+    }
+
+    // The groups after the command letter at `pos`.
+    Match consumeGroups(const char*& pos) {
         const char letter = *pos++;
         const int count = PathGroupSize(letter, false);
         skipSpace(pos);
@@ -412,32 +456,35 @@ private:
         return Matched;
     }
 
+    // The letters are disjoint, so the command is chosen by its letter at once.
     Match consumeDrawToCommand(const char*& pos) {
         skipSpace(pos);
         if (pos == mEnd) {
             return NoMatch;
         }
-        Match result = consumeCommandWithGroups(pos, "Ll");
-        if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "HhVv");
-        }
-        if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "Cc");
-        }
-        if (result == NoMatch) {
-            result = consumeCommandWithGroups(pos, "Ss");
-        }
-        if (result == NoMatch) {
-            result = consumeClosePath(pos);
-        }
-        if (result == NoMatch) {
-            result = consumeEllipticalArcs(pos);
-        }
-        if (result != NoMatch) {
-            return result;
-        }
-        if (*pos == 'M' || *pos == 'm') {
-            return NoMatch;  // a new moveto group begins
+        switch (peek(pos)) {
+            case 'L':
+            case 'l':
+            case 'H':
+            case 'h':
+            case 'V':
+            case 'v':
+            case 'C':
+            case 'c':
+            case 'S':
+            case 's':
+                return consumeGroups(pos);
+            case 'Z':
+            case 'z':
+                return consumeClosePath(pos);
+            case 'A':
+            case 'a':
+                return consumeEllipticalArcs(pos);
+            case 'M':
+            case 'm':
+                return NoMatch;  // a new moveto group begins
+            default:
+                break;
         }
         mError += "Unsupported command in path @" +
                   tqStringUtils::fromInt64(static_cast<int64>(pos - mBegin), 1) + " : " +

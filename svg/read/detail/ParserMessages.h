@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "svg/read/Loader.h"
+#include "svg/read/detail/Loader.h"
 
 namespace tq::svg {
 

@@ -131,7 +131,6 @@ private:
     std::set<std::string> mWarned;
     std::shared_ptr<ItemInterface> mRoot;
     std::size_t mOriginalRecords = 0;
-    bool mRefused = false;
 };
 
 }  // namespace detail

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tq::svg::detail {
@@ -37,6 +38,9 @@ public:
     void match(std::string_view tag, std::string_view classes, std::string_view id,
                std::vector<const CssDeclaration*>& out) const;
 
+    // Whether some rule applies to every element named `tag`, whatever its class and id.
+    bool matchesEvery(std::string_view tag) const;
+
     const std::string& firstUnsupported() const { return mFirstUnsupported; }
 
 private:
@@ -58,6 +62,8 @@ private:
     std::vector<Rule> mRules;
     std::vector<CssDeclaration> mDeclarations;
     std::string mFirstUnsupported;
+    // Working space of match: the matching rules by specificity and position.
+    mutable std::vector<std::pair<std::uint64_t, const Rule*>> mMatching;
 };
 
 }  // namespace tq::svg::detail

@@ -42,6 +42,15 @@ struct Outline {
         }
         return *this;
     }
+    // The same chain with shared points, as segmented paths give it.
+    Outline& chain(const std::vector<Vector2f>& pts) {
+        const auto base = static_cast<unsigned int>(points.size());
+        points.insert(points.end(), pts.begin(), pts.end());
+        for (unsigned int i = 0; i + 1 < pts.size(); ++i) {
+            indices.insert(indices.end(), {base + i, base + i + 1});
+        }
+        return *this;
+    }
     Outline& contour(const std::vector<Vector2f>& pts) {
         const auto base = static_cast<unsigned int>(points.size());
         const auto n = static_cast<unsigned int>(pts.size());
@@ -271,13 +280,14 @@ std::vector<Outline> loadOutlines(const std::string& file) {
         if (word == "case") {
             outlines.emplace_back();
             s >> outlines.back().name;
-        } else if (word == "contour" || word == "run") {
+        } else if (word == "contour" || word == "run" || word == "chain") {
             std::vector<Vector2f> pts;
             float x, y;
             while (s >> x >> y) {
                 pts.emplace_back(x, y);
             }
-            word == "run" ? outlines.back().run(pts) : outlines.back().contour(pts);
+            Outline& o = outlines.back();
+            word == "run" ? o.run(pts) : word == "chain" ? o.chain(pts) : o.contour(pts);
         } else if (word == "area") {
             s >> outlines.back().nonZeroArea >> outlines.back().evenOddArea;
         } else if (word == "self") {
@@ -336,6 +346,24 @@ TEST(TriangulationContract, VerticalSidesKeepTheirExactX) {
             }
             EXPECT_EQ(off.str(), "") << "sides off x = " << c.x;
         }
+    }
+}
+
+// Working memory is kept between calls on a thread: nothing of an earlier outline (a large one
+// that grew it, one that failed, one under the other rule) may show in the next result.
+TEST(TriangulationContract, CallsDoNotSeeEarlierCalls) {
+    const Outline small = Outline("squares").rect(0, 0, 50, 50).rect(10, 10, 20, 20, false);
+    const Triangulation first = triangulate(small, kEvenOdd);
+    ASSERT_TRUE(first.ok);
+    Outline broken("index out of range");
+    broken.points = {{0, 0}, {1, 0}};
+    broken.indices = {0, 1, 1, 7};
+    for (const Outline& before : {star(101, 37, 1e6f), broken, star(7, 3, 5)}) {
+        triangulate(before, kNonZero);
+        const Triangulation again = triangulate(small, kEvenOdd);
+        ASSERT_TRUE(again.ok) << "after " << before.describe();
+        EXPECT_EQ(again.points, first.points) << "after " << before.describe();
+        EXPECT_EQ(again.indices, first.indices) << "after " << before.describe();
     }
 }
 

@@ -1,3 +1,4 @@
+#include "svg/geometry/detail/TransformPoint.h"
 #include "svg/tqSvg.h"
 
 #include <algorithm>

@@ -112,6 +112,24 @@ TEST(DriverRegistry, FirstDriverPrefersTheEarliestFullMatch) {
 
 using SvgIOManager = tq::test::LibraryTest;
 
+// Outside a start and stop, loads and saves fail and say why instead of reaching no manager.
+TEST(SvgIOManagerStopped, LoadsAndSavesFailWithTheReason) {
+    const std::string reason = "tqSvg is not started: call initializeTqSvg() first";
+    std::list<std::string> messages;
+    ItemInterfacePointer<ItemInterface> root;
+    tqIoDeviceMemory device("<svg/>");
+    EXPECT_FALSE(tqSvgIOManager::get().loadSvg(root, device, "svg", nullptr, nullptr, &messages));
+    EXPECT_EQ(messages, std::list<std::string>{reason});
+    {
+        const LibraryGuard library;
+        tqIoDeviceMemory again("<svg/>");
+        EXPECT_TRUE(tqSvgIOManager::get().loadSvg(root, again, "svg", nullptr, nullptr, &messages));
+    }
+    messages.clear();
+    EXPECT_FALSE(tqSvgIOManager::edit().saveSvg(Document(), "x.svg", nullptr, nullptr, &messages));
+    EXPECT_EQ(messages, std::list<std::string>{reason});
+}
+
 TEST_F(SvgIOManager, NestedStartsAreCountedAndARestartWorks) {
     initializeTqSvg();
     terminateTqSvg();  // the fixture's start still holds the library

@@ -1,3 +1,4 @@
+#include "svg/model/detail/SvgNumber.h"
 #include "svg/tqSvg.h"
 
 #include <cstdlib>

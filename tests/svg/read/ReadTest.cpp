@@ -1,5 +1,6 @@
 // Documents read into trees or refused with messages, through the manager as a host loads them;
 // the cases are under tests/data/read.
+#include "svg/read/detail/AttributeParsers.h"
 #include "svg/tqSvg.h"
 
 #include <clocale>

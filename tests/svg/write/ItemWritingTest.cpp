@@ -1,4 +1,5 @@
 #include "svg/tqSvg.h"
+#include "svg/write/detail/SvgSaveWriter.h"
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,7 @@
 
 #include <Wm4Foundation/Wm4Matrix3.h>
 
-#include "svg/read/Loader.h"
+#include "svg/read/detail/Loader.h"
 
 namespace tq::svg {
 

@@ -43,25 +43,25 @@ int plainAttributeLength(const char* value) {
 
 }  // namespace
 
-void XmlSaveContext::FreeWriter::operator()(xmlTextWriterPtr writer) const {
-    xmlFreeTextWriter(writer);
-}
-
 XmlSaveContext::XmlSaveContext(bool indent) {
     xmlOutputBufferPtr output = xmlAllocOutputBuffer(nullptr);
     if (output == nullptr) {
         return;
     }
-    mWriter.reset(xmlNewTextWriter(output));
-    if (mWriter == nullptr) {
+    writer = xmlNewTextWriter(output);
+    if (writer == nullptr) {
         xmlOutputBufferClose(output);
         return;
     }
     mOutput = output;
-    xmlTextWriterSetIndent(mWriter.get(), indent ? 1 : 0);
+    xmlTextWriterSetIndent(writer, indent ? 1 : 0);
 }
 
-XmlSaveContext::~XmlSaveContext() = default;
+XmlSaveContext::~XmlSaveContext() {
+    if (writer != nullptr) {
+        xmlFreeTextWriter(writer);  // closes its output buffer too
+    }
+}
 
 bool XmlSaveContext::fail(int failureCode) {
     if (failureCode != Unchecked) {
@@ -71,15 +71,15 @@ bool XmlSaveContext::fail(int failureCode) {
 }
 
 bool XmlSaveContext::startElement(const char* name, int failureCode) {
-    return (mWriter && xmlTextWriterStartElement(mWriter.get(), xml(name)) >= 0) ||
+    return (writer != nullptr && xmlTextWriterStartElement(writer, xml(name)) >= 0) ||
            fail(failureCode);
 }
 
 bool XmlSaveContext::writeAttribute(const char* name, const char* value, int failureCode) {
-    if (!mWriter || value == nullptr) {
+    if (writer == nullptr || value == nullptr) {
         return fail(failureCode);
     }
-    xmlTextWriterPtr w = mWriter.get();
+    xmlTextWriterPtr w = writer;
     const int plain = plainAttributeLength(value);
     if (plain < 0) {
         return xmlTextWriterWriteAttribute(w, xml(name), xml(value)) >= 0 || fail(failureCode);
@@ -94,25 +94,26 @@ bool XmlSaveContext::writeAttribute(const char* name, const char* value, int fai
 
 bool XmlSaveContext::writeText(const char* text, int failureCode) {
     // libxml2 reports a failed text write as -1 and nothing else.
-    return (mWriter && xmlTextWriterWriteString(mWriter.get(), xml(text)) != -1) ||
+    return (writer != nullptr && xmlTextWriterWriteString(writer, xml(text)) != -1) ||
            fail(failureCode);
 }
 
 bool XmlSaveContext::writeRaw(const char* text, int failureCode) {
-    return (mWriter && xmlTextWriterWriteRaw(mWriter.get(), xml(text)) >= 0) || fail(failureCode);
+    return (writer != nullptr && xmlTextWriterWriteRaw(writer, xml(text)) >= 0) ||
+           fail(failureCode);
 }
 
 bool XmlSaveContext::writeComment(const char* text, int failureCode) {
-    return (mWriter && xmlTextWriterWriteComment(mWriter.get(), xml(text)) >= 0) ||
+    return (writer != nullptr && xmlTextWriterWriteComment(writer, xml(text)) >= 0) ||
            fail(failureCode);
 }
 
 bool XmlSaveContext::endElement(int failureCode) {
-    return (mWriter && xmlTextWriterEndElement(mWriter.get()) >= 0) || fail(failureCode);
+    return (writer != nullptr && xmlTextWriterEndElement(writer) >= 0) || fail(failureCode);
 }
 
 bool XmlSaveContext::endDocument(int failureCode) {
-    return (mWriter && xmlTextWriterEndDocument(mWriter.get()) >= 0) || fail(failureCode);
+    return (writer != nullptr && xmlTextWriterEndDocument(writer) >= 0) || fail(failureCode);
 }
 
 bool XmlSaveContext::flushBufferToDevice(tqIoDevice& device, std::size_t threshold) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <string>
 
 #include "tqXml/tqXmlExport.h"
@@ -55,27 +54,23 @@ public:
     bool flushBufferToDevice(tqIoDevice& device, std::size_t threshold);
 
     // False when the writer could not be created; every write then fails.
-    bool isValid() const { return mWriter != nullptr; }
+    bool isValid() const { return writer != nullptr; }
 
     // A text buffer that callers reuse to build attribute values, so that a save allocates once
     // rather than once per element. What it holds between uses means nothing.
     std::string& scratch() { return mScratch; }
 
-    // The libxml2 writer itself: the escape hatch for a host that writes what the methods above
-    // do not cover. Its bytes land in the same buffer, but its failures set no error code.
-    xmlTextWriterPtr writer() const { return mWriter.get(); }
+    // The libxml2 writer itself, public because hosts of this class have always reached it: the
+    // escape hatch for what the methods above do not cover. Its bytes land in the same buffer,
+    // but its failures set no error code. The library writes only through the methods.
+    xmlTextWriterPtr writer = nullptr;
 
     int errorCode = 0;  // 0 while all is well
 
 private:
-    struct FreeWriter {
-        void operator()(xmlTextWriterPtr writer) const;
-    };
-
     bool fail(int failureCode);
 
-    std::unique_ptr<xmlTextWriter, FreeWriter> mWriter;  // frees its output buffer too
-    xmlOutputBufferPtr mOutput = nullptr;                // the writer's, read when flushing
+    xmlOutputBufferPtr mOutput = nullptr;  // the writer's (freed with it), read when flushing
     std::string mScratch;
 };
 

@@ -130,8 +130,8 @@ TEST(XmlSaveContext, AttributesAreWrittenAsLibxml2WritesThem) {
         tqIoDeviceMemory a, b;
         ours.startElement("e", 1);
         ours.writeAttribute("v", value, 6);
-        xmlTextWriterStartElement(theirs.writer(), BAD_CAST "e");
-        xmlTextWriterWriteAttribute(theirs.writer(), BAD_CAST "v", BAD_CAST value);
+        xmlTextWriterStartElement(theirs.writer, BAD_CAST "e");
+        xmlTextWriterWriteAttribute(theirs.writer, BAD_CAST "v", BAD_CAST value);
         for (XmlSaveContext* context : {&ours, &theirs}) {
             context->startElement("c", 1);
             context->endDocument(3);

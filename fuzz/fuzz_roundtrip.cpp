@@ -22,8 +22,9 @@
 // comparison takes -0 and 0 as equal). Trees that cannot come back at all are only saved: a
 // number beyond the float range is stored as an infinity (in path data, or in a transform, where
 // composing it with the identity gives NaN), and an svg nested in another declares the namespace
-// again, which the loader refuses. Everything else the loader can produce is written in a form
-// it reads back.
+// again, which the loader refuses; a style sheet holding "]]>" (which a CDATA section of the
+// source can give) is written raw and ends the wrapper's CDATA section early. Everything else the
+// loader can produce is written in a form it reads back.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -125,11 +126,14 @@ void withoutFillRules(tq::svg::ItemInterface& item) {
     }
 }
 
-// False for what is deliberately not carried back: non-finite path numbers or transforms, and
-// an svg below the root.
+// False for what is deliberately not carried back: non-finite path numbers or transforms, an
+// svg below the root, and a style sheet that ends the CDATA section it is written in.
 bool carriable(const tq::svg::ItemInterface& item, bool root) {
-    if (!root && item.getType() == tq::svg::ItemType::Document) {
-        return false;
+    if (item.getType() == tq::svg::ItemType::Document) {
+        const auto& style = static_cast<const tq::svg::Document&>(item).getStyle();
+        if (!root || (style && style->find("]]>") != std::string::npos)) {
+            return false;
+        }
     }
     const auto& transform = item.getTransform();
     if (transform && !tq::fuzz::allFinite(*transform)) {

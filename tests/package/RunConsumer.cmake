@@ -1,19 +1,10 @@
 # cmake -P script: stage an install, build the example against it and run it with CONSUMER_ARGS.
-function(run)
-    execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
-    if(NOT result EQUAL 0)
-        message(FATAL_ERROR "Failed (${result}): ${ARGV}\n${out}\n${err}")
-    endif()
-    set(LAST_OUTPUT "${out}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/StagedInstall.cmake)
 
 file(REMOVE_RECURSE ${STAGE_DIR} ${WORK_DIR})
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${STAGE_DIR})
 
-set(flags "")
-if(SANITIZE)
-    set(flags "-fsanitize=${SANITIZE}")
-endif()
+staged_pkg_config()
 
 # Through the CMake package.
 run(${CMAKE_COMMAND} -S ${CONSUMER_SOURCE} -B ${WORK_DIR}/cmake
@@ -24,15 +15,6 @@ run(${WORK_DIR}/cmake/segment ${CONSUMER_ARGS})
 message(STATUS "CMake package consumer: ${LAST_OUTPUT}")
 
 # Through pkg-config.
-file(GLOB_RECURSE pc_files ${STAGE_DIR}/*/tqsvg.pc)
-list(GET pc_files 0 pc_file)
-get_filename_component(pc_dir ${pc_file} DIRECTORY)
-set(ENV{PKG_CONFIG_PATH} ${pc_dir})
-run(pkg-config --cflags --libs tqsvg)
-string(STRIP "${LAST_OUTPUT}" pc_flags)
-separate_arguments(pc_flags UNIX_COMMAND "${pc_flags}")
-run(pkg-config --variable=libdir tqsvg)
-string(STRIP "${LAST_OUTPUT}" libdir)
 file(MAKE_DIRECTORY ${WORK_DIR}/pkgconfig)
 run(${CXX} -std=c++17 ${flags} ${CONSUMER_SOURCE}/main.cpp ${pc_flags} -Wl,-rpath,${libdir}
     -o ${WORK_DIR}/pkgconfig/segment)

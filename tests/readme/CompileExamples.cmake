@@ -2,32 +2,14 @@
 # interface only, through pkg-config) and run in a scratch folder holding the bundled sample as
 # drawing.svg. A block with a main function is a whole program; any other block is the body of
 # main after its own #include lines, with Prelude.h for the host's drawing calls it names.
-function(run)
-    execute_process(COMMAND ${ARGV} WORKING_DIRECTORY ${WORK_DIR} RESULT_VARIABLE result
-                    OUTPUT_VARIABLE out ERROR_VARIABLE err)
-    if(NOT result EQUAL 0)
-        message(FATAL_ERROR "Failed (${result}): ${ARGV}\n${out}\n${err}")
-    endif()
-    set(LAST_OUTPUT "${out}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/../package/StagedInstall.cmake)
 
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
 file(COPY_FILE ${SAMPLE} ${WORK_DIR}/drawing.svg)
 
-file(GLOB_RECURSE pc_files ${STAGE_DIR}/*/tqsvg.pc)
-list(GET pc_files 0 pc_file)
-get_filename_component(pc_dir ${pc_file} DIRECTORY)
-set(ENV{PKG_CONFIG_PATH} ${pc_dir})
-run(pkg-config --cflags --libs tqsvg)
-string(STRIP "${LAST_OUTPUT}" pc_flags)
-separate_arguments(pc_flags UNIX_COMMAND "${pc_flags}")
-run(pkg-config --variable=libdir tqsvg)
-string(STRIP "${LAST_OUTPUT}" libdir)
-set(flags "")
-if(SANITIZE)
-    set(flags "-fsanitize=${SANITIZE}")
-endif()
+set(RUN_DIR ${WORK_DIR})
+staged_pkg_config()
 
 # Semicolons and square brackets would split or join CMake list items: they stand aside while the
 # text is cut into lines. A block runs from a "```cpp" line to the next "```" line, at the

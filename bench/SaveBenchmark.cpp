@@ -18,7 +18,9 @@
 
 #include "AllocationCounter.h"
 #include "SvgDocumentGenerator.h"
+#include "svg/read/detail/Loader.h"
 #include "svg/tqSvg.h"
+#include "svg/write/detail/SvgSaveWriter.h"
 
 namespace {
 

@@ -81,8 +81,10 @@ for b in runs(save, "SaveToMemory"):
     row("save to memory", f"{rate:.0f} MB/s", f"memcpy of the bytes {b['peer MB/s']:.0f} MB/s",
         "", ">= 150 MB/s", rate >= 150)
 for b in runs(save, "SaveToFile"):
-    row("save to a file", f"{ms(b):.0f} ms", "fwrite of the same bytes", f"{b['x peer']:.2f}x fwrite",
-        "<= 1.5x", b["x peer"] <= 1.5)
+    # The file's share of the save: its writes to the device against one fwrite of the bytes.
+    ratio = b["writes x fwrite"]
+    row("save to a file", f"{ms(b):.0f} ms", "one fwrite of the same bytes",
+        f"writes {ratio:.2f}x fwrite", "<= 1.5x", ratio <= 1.5)
 
 tri = load("bench_triangulate.json")
 ours_runs = {b["name"].split("/min_time")[0].removeprefix("TriangulatePoly/"): b

@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -90,6 +91,40 @@ TEST(FromFloatCompact, ShortestTextReadsBackBitExactAndCannotBeShorter) {
         }
         // Every precision of 9 or more is the shortest text too.
         EXPECT_EQ(tqStringUtils::fromFloat(value, 9, Format::Compact), text);
+    }
+}
+
+// The shortest text has a fast path of its own for numbers of a few digits; it must write
+// exactly what std::to_chars writes, over the whole float range and densely where drawings'
+// numbers lie (decimals of up to six digits).
+TEST(FromFloatCompact, ShortestTextIsStdToChars) {
+    std::vector<float> values;
+    for (std::uint64_t bits = 0; bits <= 0xffffffffu; bits += 4093) {
+        const auto pattern = static_cast<std::uint32_t>(bits);
+        float value;
+        std::memcpy(&value, &pattern, sizeof value);
+        values.push_back(value);
+    }
+    for (int k = -30000; k <= 30000; k += 7) {
+        for (double scale : {1.0, 10.0, 100.0, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9}) {
+            values.push_back(static_cast<float>(k / scale));
+            values.push_back(static_cast<float>(k * scale));
+        }
+    }
+    for (float edge : {1e-5f, 9.99999e-6f, 16777215.0f, 16777216.0f, 999999.5f, 999999.4f,
+                       99999.95f, 0.001f, 0.000999999f, 100000.0f, 1e6f}) {
+        values.push_back(edge);
+        values.push_back(std::nextafter(edge, 0.0f));
+        values.push_back(std::nextafter(edge, 1e30f));
+    }
+    for (float value : values) {
+        if (!std::isfinite(value)) {
+            continue;
+        }
+        char expected[64];
+        const auto end = std::to_chars(expected, expected + sizeof expected, value).ptr;
+        ASSERT_EQ(tqStringUtils::fromFloat(value, -1, Format::Compact), std::string(expected, end))
+            << "bits " << std::hex << bitsOf(value);
     }
 }
 

@@ -1,12 +1,12 @@
 #include <tqSystem/SoftwareVersionInfoForStream.h>
 #include <tqSystem/tqDirUtils.h>
-#include <tqSystem/tqIoDeviceFileStream.h>
 #include <tqSystem/tqSystemUtils.h>
 
 #include <vector>
 
 #include "svg/io/tqSvgDriver.h"
 #include "svg/model/Node.h"
+#include "svg/write/detail/BufferedFileStream.h"
 #include "svg/write/detail/SvgSaveWriter.h"
 #include "svg/write/detail/WriteFailure.h"
 
@@ -103,7 +103,7 @@ bool tqSvgDriver::saveSvg(const ItemInterface& item, tqIoDevice& device, const s
 bool tqSvgDriver::saveSvg(const ItemInterface& item, const std::string& fileName,
                           tqProgressNotifierInterface* notifier, const SaveOptions& options) {
     clearErrorMessages();
-    tqIoDeviceFileStream stream(fileName, DataWay::Write, true);
+    BufferedFileStream stream(fileName);
     if (!stream.isOpen()) {
         addErrorMessage("Fail to open file", -1);
         return false;

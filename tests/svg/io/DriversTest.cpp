@@ -212,3 +212,25 @@ TEST_F(SvgIOManager, FilesAreChosenByExtensionAndMissingOnesFailWithOneMessage) 
         EXPECT_EQ(out, sentinel) << name;
     }
 }
+
+// A save by name gathers the save's pieces before they reach the file: every byte arrives, in
+// order, and the file is complete when the call returns.
+TEST_F(SvgIOManager, SavingByNameWritesWhatASaveToMemoryWrites) {
+    Document document;
+    for (int i = 0; i < 20000; ++i) {
+        auto path = std::make_shared<Path>();
+        path->commands.push_back({Path::CommandType::MoveTo, {float(i), 0.5f}});
+        path->commands.push_back({Path::CommandType::LineTo, {float(i) / 7, 1e-3f * float(i)}});
+        document.editChildren().push_back(path);
+    }
+    SaveOptions options;
+    options.writeHeader = false;
+    const std::string file = (directory / "big.svg").string();
+    ASSERT_TRUE(tqSvgIOManager::get().saveSvg(document, file, nullptr, &options, nullptr));
+    std::ifstream in(file, std::ios::binary);
+    const std::string written((std::istreambuf_iterator<char>(in)), {});
+    const std::string expected = save(document, options);
+    EXPECT_GT(expected.size(), 512u << 10);  // several of the pieces the stream gathers
+    EXPECT_TRUE(written == expected)
+        << written.size() << " bytes written, " << expected.size() << " expected";
+}

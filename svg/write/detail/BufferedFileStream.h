@@ -11,7 +11,7 @@ namespace tq::svg {
 
 // A file stream that gathers writes into pieces of PieceSize bytes. The save hands its device
 // 8 KiB at a time, and at that size a system call costs about as much as copying the bytes it
-// carries; gathered, the save's writes cost what one write of the whole text costs. The rest is
+// carries; gathered, they cost little more than one write of the whole text. The rest is
 // written by close(), which the destructor calls. A failed write is reported by the write call
 // that caused it, and every later write fails too.
 class TQSVG_EXPORT BufferedFileStream : public tqIoDeviceFileStream {

@@ -7,7 +7,8 @@
 #   scripts/bench.sh [OUTDIR]      results and the table go to OUTDIR (default build/bench/results)
 #
 # Peers from npm (resvg-js, the icon sets) are installed into ~/.cache, never into the
-# repository; Debian's (libxml2, GLU, rsvg-convert, node) by setup.sh. Takes about 15 minutes.
+# repository; Debian's (libxml2, GLU, rsvg-convert, node) by setup.sh. Takes about 15 minutes,
+# and 5 more the first time, to build the segmentation benchmark as it was before the speed work.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 out=$(realpath -m "${1:-$root/build/bench/results}")
@@ -43,7 +44,22 @@ run_bench() {
 }
 run_bench bench_load --benchmark_repetitions=5
 run_bench bench_save
-run_bench bench_segment --benchmark_filter=Pipeline
+run_bench bench_segment --benchmark_filter=Pipeline/generated --benchmark_repetitions=3
+
+# The segmentation row compares with the code as it was before the work on speed, built from
+# the repository's history and run here, beside ours.
+before_rev=4a0d232
+step "segmentation as of $before_rev, for its row"
+before=$root/build/bench-before
+if [ ! -x "$before/build/bench/bench_segment" ]; then
+    rm -rf "$before" && mkdir -p "$before/src"
+    git -C "$root" archive "$before_rev" | tar -x -C "$before/src"
+    cmake -S "$before/src" -B "$before/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DTQSVG_BUILD_BENCH=ON -DTQSVG_BUILD_TESTS=OFF >/dev/null
+    cmake --build "$before/build" --target bench_segment
+fi
+"$before/build/bench/bench_segment" --benchmark_filter=Pipeline/generated --benchmark_repetitions=3 \
+    --benchmark_out="$out/bench_segment_before.json" --benchmark_out_format=json >&2
 run_bench bench_triangulate
 
 step "resvg's parse of the load benchmark's document"

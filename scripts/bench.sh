@@ -42,7 +42,7 @@ run_bench() {
     step "$name"
     "$bin/$name" --benchmark_out="$out/$name.json" --benchmark_out_format=json "$@" | tee "$out/$name.log" >&2
 }
-run_bench bench_load --benchmark_repetitions=5
+run_bench bench_load --benchmark_repetitions=9 --benchmark_enable_random_interleaving=true
 run_bench bench_save
 run_bench bench_segment --benchmark_filter=Pipeline/generated --benchmark_repetitions=3
 

@@ -16,8 +16,11 @@ struct FlatSink {
         letter = commandLetter;
         numbers.clear();
     }
+    // One value at a time: a range insert costs more than a group of at most seven pushes.
     void group(const float* values, int count) {
-        numbers.insert(numbers.end(), values, values + count);
+        for (int i = 0; i < count; ++i) {
+            numbers.push_back(values[i]);
+        }
     }
     // The scratch itself, so that no command allocates; a receiver that takes it over leaves an
     // empty vector, which the next command refills.

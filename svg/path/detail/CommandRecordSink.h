@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "svg/model/Path.h"
+#include "svg/path/detail/PathLetterTable.h"
 
 namespace tq::svg::detail {
 
@@ -16,7 +17,7 @@ public:
     explicit CommandRecordSink(std::list<Path::Command>& out) : mOut(out) {}
 
     void begin(char letter) {
-        mValid = Path::CommandTypeOfLetter(letter, mType);
+        mValid = kPathLetters.typeOf(letter, mType);
         mAdded = 0;
     }
     void group(const float* values, int count) {

@@ -37,24 +37,9 @@
 #include "svg/model/Path.h"
 #include "svg/model/detail/ExactDecimal.h"
 #include "svg/model/detail/SvgNumber.h"
+#include "svg/path/detail/PathLetterTable.h"
 
 namespace tq::svg::detail {
-
-// The numbers a group of each command letter holds, from the command table; 0 for Z and for
-// letters that are no command. The quadratic letters count only where the grammar has them.
-constexpr int PathGroupSize(char letter, bool quadratics) {
-    Path::CommandType type{};
-    if (Path::CommandTypeOfLetter(letter, type)) {
-        return static_cast<int>(Path::ValueCount(type));
-    }
-    if (quadratics && (letter == 'Q' || letter == 'q')) {
-        return 4;
-    }
-    if (quadratics && (letter == 'T' || letter == 't')) {
-        return 2;
-    }
-    return 0;
-}
 
 struct SubsetGrammar {
     static constexpr bool kStandard = false;
@@ -204,11 +189,9 @@ private:
     // Sets `p` past what it read; `exact` is false when the value needs the general conversion.
     static void scanDecimal(const char*& p, const char* end, bool& anyDigit, bool& point,
                             bool& exact, double& value) {
-        bool negative = false;
-        if (p != end && (*p == '-' || *p == '+')) {
-            negative = *p == '-';
-            ++p;
-        }
+        // Signs follow no pattern in path data; this form lets the compiler select, not branch.
+        const bool negative = p != end && *p == '-';
+        p += negative || (p != end && *p == '+');
         // Every digit goes into the mantissa; leading zeros add nothing to it, and a number of
         // more than 19 digits, leading zeros included, takes the general conversion.
         std::uint64_t mantissa = 0;
@@ -316,15 +299,14 @@ private:
         const char* start = pos;
         bool comma = false;
         while (pos != mEnd) {
+            // Whether a comma or a space comes is data, not a pattern: one test for both.
             const char c = peek(pos);
-            if (c == ' ' || c == '\n') {
-                ++pos;
-            } else if (c == ',' && !comma) {
-                comma = true;
-                ++pos;
-            } else {
+            const bool firstComma = c == ',' && !comma;
+            if (c != ' ' && c != '\n' && !firstComma) {
                 break;
             }
+            comma = comma || firstComma;
+            ++pos;
         }
         if (pos != start) {
             return Matched;
@@ -370,7 +352,7 @@ private:
     // The groups after the command letter at `pos`.
     Match consumeGroups(const char*& pos) {
         const char letter = *pos++;
-        const int count = PathGroupSize(letter, false);
+        const int count = kPathLetters.groupSizeOf(letter, false);
         skipSpace(pos);
         mSink.begin(letter);
         bool any = false;
@@ -596,7 +578,7 @@ private:
                 mSink.end();
                 continue;
             }
-            const int count = PathGroupSize(letter, true);
+            const int count = kPathLetters.groupSizeOf(letter, true);
             if (count == 0) {
                 return failStandard("Unsupported command in path @" + positionOf(pos) + " : " +
                                     std::string(pos, mEnd));

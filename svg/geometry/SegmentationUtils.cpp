@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <type_traits>
 
 #include <tqSystem/tqLog.h>
 
@@ -58,6 +59,20 @@ Wm4::Vector2f midpoint(const Wm4::Vector2f& a, const Wm4::Vector2f& b) {
     return (a + b) * 0.5f;
 }
 
+// De Casteljau at one half, in place: each round takes the outermost points of the current
+// polygon into the halves and replaces the polygon by its edge midpoints. The last round has one
+// point left, the curve's middle, which ends both halves.
+template <class Count>
+void splitAtHalf(PointIterator points, PointIterator left, PointIterator right, Count n) {
+    for (std::ptrdiff_t count = n; count > 0; --count) {
+        left[n - count] = points[0];
+        right[count - 1] = points[count - 1];
+        for (std::ptrdiff_t m = 0; m + 1 < count; ++m) {
+            points[m] = midpoint(points[m], points[m + 1]);
+        }
+    }
+}
+
 }  // namespace
 
 // ---- SegmentationJob ----
@@ -74,15 +89,11 @@ void SegmentationJob::computeError(BezierSegmentationWorkspace& workspace) {
     const auto n = static_cast<std::ptrdiff_t>(workspace.getNumPoints());
     const Wm4::Vector2f p0 = points[0], p1 = points[1], p2 = points[2], p3 = points[n - 1];
 
-    // De Casteljau at one half, in place: each round takes the outermost points of the current
-    // polygon into the halves and replaces the polygon by its edge midpoints. The last round
-    // has one point left, the curve's middle, which ends both halves.
-    for (std::ptrdiff_t count = n; count > 0; --count) {
-        left[n - count] = points[0];
-        right[count - 1] = points[count - 1];
-        for (std::ptrdiff_t m = 0; m + 1 < count; ++m) {
-            points[m] = midpoint(points[m], points[m + 1]);
-        }
+    if (n == 4) {
+        // Cubics, which are all that segmentation hands here, with the loops unrolled.
+        splitAtHalf(points, left, right, std::integral_constant<std::ptrdiff_t, 4>());
+    } else {
+        splitAtHalf(points, left, right, n);
     }
 
     // Inner control points on opposite sides of the chord make an S: never flat enough.

@@ -43,8 +43,8 @@ constexpr PathLetterTable MakePathLetterTable() {
         table.groupSize[0][c] = size;
         table.groupSize[1][c] = size;
     }
-    table.groupSize[1]['Q'] = table.groupSize[1]['q'] = 4;
-    table.groupSize[1]['T'] = table.groupSize[1]['t'] = 2;
+    table.groupSize[1][int('Q')] = table.groupSize[1][int('q')] = 4;
+    table.groupSize[1][int('T')] = table.groupSize[1][int('t')] = 2;
     return table;
 }
 

@@ -321,10 +321,9 @@ struct StandardReader::Record {
     std::uint32_t parent = kNone;  // the record of the enclosing item
     std::uint32_t end = kNone;     // one past the last record of the subtree
     std::uint32_t origin = kNone;  // the element a copy was made from; itself for originals
-    std::uint32_t style = kNone;   // the style attribute, in mTexts
+    std::uint32_t style = kNone;  // the style attribute, in mStyles
     std::uint32_t styleLength = 0;
-    std::uint32_t colour = kNone;  // the "color" value as colour text, in mTexts
-    std::uint32_t colourLength = 0;
+    std::uint32_t colour = kNone;  // the "color" value as colour text, in mColours
     std::uint16_t depth = 0;
     std::uint8_t row = 0;         // in kElements
     std::uint8_t display = 0;     // 0 inherited, 1 none, 2 shown
@@ -627,9 +626,9 @@ void StandardReader::readAttributes(Kind kind, ItemInterface& item, Scratch& scr
 bool StandardReader::readOwnAttribute(Kind kind, std::string_view name, std::string_view value,
                                       Scratch& scratch, Record& record) {
     if (name == "style") {
-        record.style = static_cast<std::uint32_t>(mTexts.size());
+        record.style = static_cast<std::uint32_t>(mStyles.size());
         record.styleLength = static_cast<std::uint32_t>(value.size());
-        mTexts.append(value);
+        mStyles.append(value);
         return true;
     }
     if (name == "color" || name == "display" || name == "visibility" || name == "clip-path" ||
@@ -719,10 +718,8 @@ void StandardReader::applyDeclaration(Record& record, std::string_view name,
         if (inherit || EqualsLowerCase(trimmed, "currentcolor")) {
             record.colour = kNone;
         } else if (ParseCssColor(trimmed, colour)) {
-            const std::string text = ColourText(trimmed, colour);
-            record.colour = static_cast<std::uint32_t>(mTexts.size());
-            record.colourLength = static_cast<std::uint32_t>(text.size());
-            mTexts += text;
+            record.colour = static_cast<std::uint32_t>(mColours.size());
+            mColours.push_back(ColourText(trimmed, colour));
         } else {
             mLoader.reportWarning("Ignore Invalid attribute " + Quoted(name) + " with value " +
                                   Quoted(value));
@@ -1056,7 +1053,7 @@ void StandardReader::applyStyles() {
         const std::string_view style =
             record.style == kNone
                 ? std::string_view()
-                : std::string_view(mTexts).substr(record.style, record.styleLength);
+                : std::string_view(mStyles).substr(record.style, record.styleLength);
         // Normal declarations, then important ones; within each, the sheet before the style
         // attribute.
         for (const bool important : {false, true}) {
@@ -1235,7 +1232,7 @@ void StandardReader::resolveInherited() {
         bool hidden = false;
         bool fillIsCurrent = false;
         bool strokeIsCurrent = false;
-        std::string_view colour = "black";
+        std::uint32_t colour = kNone;  // in mColours; none for black
         float opacity = 1.0f;
     };
     std::vector<State> states(mRecords.size());
@@ -1262,7 +1259,7 @@ void StandardReader::resolveInherited() {
             continue;
         }
         if (record.colour != kNone) {
-            state.colour = std::string_view(mTexts).substr(record.colour, record.colourLength);
+            state.colour = record.colour;
         }
         if (!record.resolves && !state.fillIsCurrent && !state.strokeIsCurrent) {
             continue;  // nothing to resolve on the item, and nothing it could change below it
@@ -1270,6 +1267,8 @@ void StandardReader::resolveInherited() {
         RenderingProperties& p = record.item->editProperties();
         // currentColor is inherited as the keyword, so a descendant with a colour of its own
         // paints in that colour.
+        static const std::string black = "black";
+        const std::string& colour = state.colour == kNone ? black : mColours[state.colour];
         const auto resolve = [&](std::optional<std::string>& paint, bool& isCurrent) {
             if (paint) {
                 isCurrent = *paint == "currentColor";
@@ -1278,10 +1277,10 @@ void StandardReader::resolveInherited() {
                     isCurrent = *paint == "currentColor";
                 }
                 if (isCurrent) {
-                    *paint = std::string(state.colour);
+                    *paint = colour;
                 }
             } else if (isCurrent && record.colour != kNone) {
-                paint = std::string(state.colour);
+                paint = colour;
             }
         };
         resolve(p.fill, state.fillIsCurrent);

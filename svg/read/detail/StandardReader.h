@@ -125,7 +125,11 @@ private:
     std::unordered_map<std::uint32_t, SymbolView> mSymbols;  // by record
     std::unordered_map<std::uint32_t, std::size_t> mUseOfRecord;
     std::vector<std::uint32_t> mHidden;  // records whose items the last pass removes
-    std::string mTexts;                  // style attributes and colours, records point into it
+    // Texts that records refer to by index. Style attributes grow only while elements are read,
+    // never in the passes that read them back, so a view of one stays valid while its
+    // declarations are applied (applying "color" adds to mColours, not to mStyles).
+    std::string mStyles;
+    std::vector<std::string> mColours;
     std::string mSheetText;
     StyleSheet mSheet;
     std::set<std::string> mWarned;

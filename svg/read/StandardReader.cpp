@@ -1,9 +1,8 @@
+// The standard reader's first pass: SAX events into items and records.
 #include "svg/read/detail/StandardReader.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <limits>
 
 #include "svg/model/Circle.h"
 #include "svg/model/Document.h"
@@ -23,342 +22,6 @@ namespace tq::svg::detail {
 
 using tq::xml::StartElementResult;
 using tq::xml::XmlAttribute;
-
-enum class StandardReader::Kind : std::uint8_t {
-    // Elements that become items.
-    Svg,
-    Group,
-    Switch,
-    Definitions,  // defs: a detached group, drawn only through references
-    Symbol,       // likewise, with a viewBox of its own
-    Use,
-    Rect,
-    Circle,
-    Ellipse,
-    Line,
-    Polyline,
-    Polygon,
-    Path,
-    Text,
-    Image,
-    // Elements that do not.
-    TextSpan,
-    Style,
-    Gradient,
-    Stop,
-    Silent,   // title, desc, metadata: no drawing, no warning
-    Feature,  // drawing the library leaves out: skipped, with a warning where it matters
-};
-
-namespace {
-
-using Kind = StandardReader::Kind;
-
-constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
-constexpr int kMaxDepth = 256;
-// References may expand the document within a fixed allowance, beyond it only to ten times its
-// own size, as entities may; sizes are the memory the items take, roughly.
-constexpr std::uint64_t kMaxAmplification = 10;
-constexpr std::uint64_t kExpansionAllowance = 16u << 20;
-
-struct ElementRow {
-    std::string_view name;
-    Kind kind;
-    // For features: the warning given when the element (always) or a reference to it (paint
-    // servers, clip paths, masks, filters, markers) is met.
-    std::string_view warning = {};
-    bool warnAlways = false;
-};
-
-constexpr std::string_view kAnimation =
-    "Ignore animation: the document is drawn as it stands before any animation";
-constexpr std::string_view kFonts = "Ignore SVG font: fonts are not drawn";
-
-// Sorted by name for a binary search.
-constexpr ElementRow kElements[] = {
-    {"a", Kind::Group},
-    {"altGlyph", Kind::Feature, kFonts, true},
-    {"altGlyphDef", Kind::Feature, kFonts, true},
-    {"animate", Kind::Feature, kAnimation, true},
-    {"animateColor", Kind::Feature, kAnimation, true},
-    {"animateMotion", Kind::Feature, kAnimation, true},
-    {"animateTransform", Kind::Feature, kAnimation, true},
-    {"circle", Kind::Circle},
-    {"clipPath", Kind::Feature, "Ignore clip path: the content is drawn unclipped"},
-    {"color-profile", Kind::Silent},
-    {"cursor", Kind::Silent},
-    {"defs", Kind::Definitions},
-    {"desc", Kind::Silent},
-    {"discard", Kind::Feature, kAnimation, true},
-    {"ellipse", Kind::Ellipse},
-    {"filter", Kind::Feature, "Ignore filter: the content is drawn unfiltered"},
-    {"font", Kind::Feature, kFonts, true},
-    {"font-face", Kind::Feature, kFonts, true},
-    {"foreignObject", Kind::Feature, "Ignore foreign object: its content is not drawn", true},
-    {"g", Kind::Group},
-    {"glyph", Kind::Feature, kFonts, true},
-    {"hkern", Kind::Feature, kFonts, true},
-    {"image", Kind::Image},
-    {"line", Kind::Line},
-    {"linearGradient", Kind::Gradient},
-    {"marker", Kind::Feature, "Ignore marker: markers are not drawn"},
-    {"mask", Kind::Feature, "Ignore mask: the content is drawn unmasked"},
-    {"metadata", Kind::Silent},
-    {"missing-glyph", Kind::Feature, kFonts, true},
-    {"mpath", Kind::Feature, kAnimation, true},
-    {"path", Kind::Path},
-    {"pattern", Kind::Feature, "Ignore pattern: a pattern paint is drawn in its fallback colour"},
-    {"polygon", Kind::Polygon},
-    {"polyline", Kind::Polyline},
-    {"radialGradient", Kind::Gradient},
-    {"rect", Kind::Rect},
-    {"script", Kind::Feature, "Ignore script: scripts are never run", true},
-    {"set", Kind::Feature, kAnimation, true},
-    {"stop", Kind::Stop},
-    {"style", Kind::Style},
-    {"svg", Kind::Svg},
-    {"switch", Kind::Switch},
-    {"symbol", Kind::Symbol},
-    {"text", Kind::Text},
-    {"textPath", Kind::TextSpan},
-    {"title", Kind::Silent},
-    {"tref", Kind::TextSpan},
-    {"tspan", Kind::TextSpan},
-    {"use", Kind::Use},
-    {"view", Kind::Silent},
-    {"vkern", Kind::Feature, kFonts, true},
-};
-
-const ElementRow* findElement(std::string_view name) {
-    const auto* end = std::end(kElements);
-    const auto* it =
-        std::lower_bound(std::begin(kElements), end, name,
-                         [](const ElementRow& row, std::string_view n) { return row.name < n; });
-    return it != end && it->name == name ? it : nullptr;
-}
-
-std::uint8_t rowOf(const ElementRow* row) {
-    return static_cast<std::uint8_t>(row - std::begin(kElements));
-}
-
-bool isContainer(Kind kind) {
-    return kind == Kind::Svg || kind == Kind::Group || kind == Kind::Switch ||
-           kind == Kind::Definitions || kind == Kind::Symbol;
-}
-
-// Attributes that carry no drawing the library does: accepted without a word. Text properties
-// are listed apart, since the text element keeps some of them.
-constexpr std::string_view kSilentAttributes[] = {
-    "baseProfile",
-    "clip-rule",
-    "color-interpolation",
-    "color-interpolation-filters",
-    "color-profile",
-    "color-rendering",
-    "contentScriptType",
-    "contentStyleType",
-    "cursor",
-    "enable-background",
-    "externalResourcesRequired",
-    "flood-color",
-    "flood-opacity",
-    "focusable",
-    "image-rendering",
-    "isolation",
-    "lang",
-    "lighting-color",
-    "mix-blend-mode",
-    "overflow",
-    "paint-order",
-    "pointer-events",
-    "role",
-    "shape-rendering",
-    "stop-color",
-    "stop-opacity",
-    "stroke-dashoffset",
-    "stroke-miterlimit",
-    "tabindex",
-    "text-rendering",
-    "version",
-    "zoomAndPan",
-};
-
-constexpr std::string_view kTextAttributes[] = {
-    "alignment-baseline",
-    "baseline-shift",
-    "direction",
-    "dominant-baseline",
-    "font",
-    "font-family",
-    "font-size",
-    "font-size-adjust",
-    "font-stretch",
-    "font-style",
-    "font-variant",
-    "font-weight",
-    "kerning",
-    "letter-spacing",
-    "text-anchor",
-    "text-decoration",
-    "unicode-bidi",
-    "word-spacing",
-    "writing-mode",
-    "glyph-orientation-horizontal",
-    "glyph-orientation-vertical",
-};
-
-template <std::size_t N>
-bool listed(const std::string_view (&names)[N], std::string_view name) {
-    return std::find(std::begin(names), std::end(names), name) != std::end(names);
-}
-
-bool isSilent(Kind kind, std::string_view name) {
-    if (listed(kSilentAttributes, name) || name.substr(0, 5) == "aria-" ||
-        name.substr(0, 5) == "data-" || name.substr(0, 2) == "on") {
-        return true;
-    }
-    // A link's target does not change what is drawn.
-    if (kind == Kind::Group && (name == "href" || name == "target")) {
-        return true;
-    }
-    return kind != Kind::Text && listed(kTextAttributes, name);
-}
-
-bool isHorizontal(std::string_view name) {
-    return name == "x" || name == "cx" || name == "x1" || name == "x2" || name == "width" ||
-           name == "rx" || name == "dx";
-}
-
-bool isVertical(std::string_view name) {
-    return name == "y" || name == "cy" || name == "y1" || name == "y2" || name == "height" ||
-           name == "ry" || name == "dy";
-}
-
-bool mayNotBeNegative(std::string_view name) {
-    return name == "width" || name == "height" || name == "r" || name == "rx" || name == "ry" ||
-           name == "stroke-width";
-}
-
-// "#id", "url(#id)" and their quoted forms: the id, or false for a reference to another
-// document.
-bool localReference(std::string_view reference, std::string& id) {
-    reference = TrimSpace(reference);
-    if (!reference.empty() && (reference.front() == '"' || reference.front() == '\'') &&
-        reference.size() >= 2 && reference.back() == reference.front()) {
-        reference = TrimSpace(reference.substr(1, reference.size() - 2));
-    }
-    if (reference.empty() || reference.front() != '#') {
-        return false;
-    }
-    id = std::string(reference.substr(1));
-    return true;
-}
-
-Wm4::Matrix3f translation(float x, float y) {
-    Wm4::Matrix3f m = Wm4::Matrix3f::IDENTITY;
-    m(0, 2) = x;
-    m(1, 2) = y;
-    return m;
-}
-
-// The item's own transform followed by `m` (applied first to the content).
-void appendTransform(ItemInterface& item, const Wm4::Matrix3f& m) {
-    const Wm4::Matrix3f combined = item.getTransform() ? *item.getTransform() * m : m;
-    if (combined != Wm4::Matrix3f::IDENTITY) {
-        item.editTransform() = combined;
-    } else {
-        item.editTransform().reset();
-    }
-}
-
-// A copy of one item without its children.
-std::shared_ptr<ItemInterface> shallowCopy(const ItemInterface& item) {
-    switch (item.getType()) {
-        case ItemType::Line:
-            return std::make_shared<Line>(static_cast<const Line&>(item));
-        case ItemType::Rect:
-            return std::make_shared<Rect>(static_cast<const Rect&>(item));
-        case ItemType::Circle:
-            return std::make_shared<Circle>(static_cast<const Circle&>(item));
-        case ItemType::Path:
-            return std::make_shared<Path>(static_cast<const Path&>(item));
-        case ItemType::Text:
-            return std::make_shared<Text>(static_cast<const Text&>(item));
-        case ItemType::Image:
-            return std::make_shared<Image>(static_cast<const Image&>(item));
-        default: {
-            auto group = std::make_shared<Node>();
-            group->editTransform() = item.getTransform();
-            group->editProperties() = item.getProperties();
-            return group;
-        }
-    }
-}
-
-// Roughly the memory an item takes, when copies are counted against the document's size.
-std::uint64_t sizeOf(const ItemInterface& item) {
-    constexpr std::uint64_t kItem = 512;
-    constexpr std::uint64_t kCommand = 64;
-    const std::uint64_t commands =
-        item.getType() == ItemType::Path ? static_cast<const Path&>(item).commands.size() : 0;
-    return kItem + kCommand * commands;
-}
-
-// Whether the inherited pass has work on the item itself, whatever its ancestors: a paint naming
-// the current colour or a gradient, or an opacity to multiply.
-bool resolvesOnItem(const RenderingProperties& p) {
-    const auto special = [](const std::optional<std::string>& paint) {
-        return paint && (*paint == "currentColor" || paint->compare(0, 4, "url(") == 0);
-    };
-    return special(p.fill) || special(p.stroke) || p.opacity.has_value();
-}
-
-}  // namespace
-
-// What the tree has no field for, one per element that became an item, in document order.
-struct StandardReader::Record {
-    ItemInterface* item = nullptr;
-    std::uint32_t parent = kNone;  // the record of the enclosing item
-    std::uint32_t end = kNone;     // one past the last record of the subtree
-    std::uint32_t origin = kNone;  // the element a copy was made from; itself for originals
-    std::uint32_t style = kNone;  // the style attribute, in mStyles
-    std::uint32_t styleLength = 0;
-    std::uint32_t colour = kNone;  // the "color" value as colour text, in mColours
-    std::uint16_t depth = 0;
-    std::uint8_t row = 0;         // in kElements
-    std::uint8_t display = 0;     // 0 inherited, 1 none, 2 shown
-    std::uint8_t visibility = 0;  // 0 inherited, 1 visible, 2 hidden
-    // Set while the item is at hand, so that the passes skip items they have nothing to do on
-    // (each visit of an item is a cache miss in a large document).
-    bool selectable = false;  // has a class or an id
-    bool resolves = false;    // see resolvesOnItem
-};
-
-// An open element that was not skipped.
-struct StandardReader::Open {
-    Kind kind;
-    std::uint32_t record = kNone;
-    bool viewport = false;  // pushed a viewport for the percentages of its content
-    bool taken = false;     // a switch that has drawn its child
-};
-
-// Attributes of the element being read that the tree has no field for.
-struct StandardReader::Scratch {
-    std::string href;
-    std::string_view x, y, width, height, cx, cy, rx, ry, points, viewBox, preserveAspectRatio;
-};
-
-struct StandardReader::Gradient {
-    std::string href;
-    std::vector<Rgba> stops;
-};
-
-struct StandardReader::Use {
-    std::uint32_t record;
-    std::string target;
-    // For a symbol: the viewport its viewBox is fitted into, when given.
-    std::optional<float> width, height;
-};
 
 StandardReader::StandardReader(Loader& loader) : mLoader(loader) {}
 
@@ -396,7 +59,7 @@ StartElementResult StandardReader::startElement(const char* name,
     if (tag.find(':') != std::string_view::npos) {
         return StartElementResult::SkipElement;  // another vocabulary (editors' metadata)
     }
-    const ElementRow* row = findElement(tag);
+    const ElementRow* row = FindElement(tag);
     if (row == nullptr) {
         warnOnce("tag " + std::string(tag), "Ignore unsupported tag in svg : " + Quoted(tag));
         return StartElementResult::SkipElement;
@@ -423,7 +86,7 @@ StartElementResult StandardReader::startElement(const char* name,
             }
             return StartElementResult::SkipElement;
         }
-        if (!isContainer(parent.kind) || (parent.kind == Kind::Switch && parent.taken)) {
+        if (!IsContainer(parent.kind) || (parent.kind == Kind::Switch && parent.taken)) {
             return StartElementResult::SkipElement;
         }
     }
@@ -517,7 +180,7 @@ StartElementResult StandardReader::startItem(Kind kind, std::string_view name,
     Record record;
     record.parent = parent;
     record.origin = index;
-    record.row = rowOf(findElement(name));
+    record.row = RowOf(FindElement(name));
     record.depth = static_cast<std::uint16_t>(parent == kNone ? 0 : mRecords[parent].depth + 1);
     std::shared_ptr<ItemInterface> item = createItem(kind);
     Scratch scratch;
@@ -605,7 +268,7 @@ void StandardReader::readAttributes(Kind kind, ItemInterface& item, Scratch& scr
             // belongs to another vocabulary.
             continue;
         }
-        if (readOwnAttribute(kind, name, value, scratch, record) || isSilent(kind, name)) {
+        if (readOwnAttribute(kind, name, value, scratch, record) || IsSilentAttribute(kind, name)) {
             continue;
         }
         if (kind == Kind::Image && name == "preserveAspectRatio") {
@@ -693,8 +356,8 @@ void StandardReader::noteFeature(std::string_view attribute, std::string_view va
     if (element == "clip-path") {
         element = "clipPath";
     }
-    warnOnce(std::string(findElement(element)->warning),
-             std::string(findElement(element)->warning));
+    warnOnce(std::string(FindElement(element)->warning),
+             std::string(FindElement(element)->warning));
 }
 
 // One presentation value from an attribute, the style sheet or a style attribute; later ones
@@ -731,7 +394,7 @@ void StandardReader::applyDeclaration(Record& record, std::string_view name,
         noteFeature(name, value);
         return;
     }
-    if (record.item == nullptr || isSilent(Kind::Group, name)) {
+    if (record.item == nullptr || IsSilentAttribute(Kind::Group, name)) {
         return;
     }
     const XmlAttribute attribute{name, std::string_view(), value};
@@ -784,9 +447,9 @@ std::shared_ptr<ItemInterface> StandardReader::finishItem(Kind kind, std::uint32
                 const float y = length("y", s.y, 0.0f);
                 const float w = length("width", s.width, parentViewport.width);
                 const float h = length("height", s.height, parentViewport.height);
-                appendTransform(
+                AppendTransform(
                     *item, viewBox ? ViewBoxTransform(*viewBox, x, y, w, h, s.preserveAspectRatio)
-                                   : translation(x, y));
+                                   : Translation(x, y));
                 viewport.width = w;
                 viewport.height = h;
             }
@@ -810,7 +473,7 @@ std::shared_ptr<ItemInterface> StandardReader::finishItem(Kind kind, std::uint32
             break;
         }
         case Kind::Use:
-            appendTransform(*item, translation(length("x", s.x, 0.0f), length("y", s.y, 0.0f)));
+            AppendTransform(*item, Translation(length("x", s.x, 0.0f), length("y", s.y, 0.0f)));
             break;
         case Kind::Rect: {
             auto& rect = static_cast<Rect&>(*item);
@@ -945,12 +608,12 @@ bool StandardReader::parseLength(std::string_view name, std::string_view value, 
     }
     const Viewport viewport = mViewports.empty() ? Viewport() : mViewports.back();
     const float reference =
-        isHorizontal(name) ? viewport.width
-        : isVertical(name)
+        IsHorizontalLength(name) ? viewport.width
+        : IsVerticalLength(name)
             ? viewport.height
             : std::sqrt((viewport.width * viewport.width + viewport.height * viewport.height) / 2);
     const float length = ToUserUnits(number, unit, reference);
-    if (!std::isfinite(length) || (length < 0.0f && mayNotBeNegative(name))) {
+    if (!std::isfinite(length) || (length < 0.0f && MayNotBeNegative(name))) {
         return false;
     }
     out = length;
@@ -985,7 +648,7 @@ bool StandardReader::parsePaint(std::string_view value, std::string& text, bool&
             return false;
         }
         std::string id;
-        if (!localReference(v.substr(4, close - 4), id)) {
+        if (!LocalReference(v.substr(4, close - 4), id)) {
             warnOnce("external " + std::string(v.substr(4, close - 4)),
                      "Ignore reference " + Quoted(TrimSpace(v.substr(4, close - 4))) +
                          ": other documents are never read");
@@ -1013,8 +676,6 @@ bool StandardReader::parsePaint(std::string_view value, std::string& text, bool&
     return false;
 }
 
-// ---- the whole-document passes -----------------------------------------------------------------
-
 bool StandardReader::finish(ItemInterfacePointer<ItemInterface>& out) {
     mOriginalRecords = mRecords.size();
     mSheet.parse(mSheetText);
@@ -1030,340 +691,6 @@ bool StandardReader::finish(ItemInterfacePointer<ItemInterface>& out) {
     removeHidden();
     out = mRoot;  // none when the root element was not one the profile reads
     return true;
-}
-
-void StandardReader::applyStyles() {
-    // Whether any rule applies to every element of a row, so that an element without a class,
-    // an id or a style attribute may be passed over.
-    std::array<bool, std::size(kElements)> rowMatches{};
-    for (std::size_t row = 0; row < rowMatches.size(); ++row) {
-        rowMatches[row] = mSheet.matchesEvery(kElements[row].name);
-    }
-    std::vector<const CssDeclaration*> matched;
-    for (std::uint32_t i = 0; i < mOriginalRecords; ++i) {
-        Record& record = mRecords[i];
-        if (record.style == kNone &&
-            (mSheet.empty() || (!record.selectable && !rowMatches[record.row]))) {
-            continue;
-        }
-        const auto& properties = record.item->getProperties();
-        const auto& id = record.item->getId();
-        mSheet.match(kElements[record.row].name, properties.className.value_or(""),
-                     id ? std::string_view(*id) : std::string_view(), matched);
-        const std::string_view style =
-            record.style == kNone
-                ? std::string_view()
-                : std::string_view(mStyles).substr(record.style, record.styleLength);
-        // Normal declarations, then important ones; within each, the sheet before the style
-        // attribute.
-        for (const bool important : {false, true}) {
-            for (const CssDeclaration* declaration : matched) {
-                if (declaration->important == important) {
-                    applyDeclaration(record, declaration->name, declaration->value);
-                }
-            }
-            ForEachDeclaration(
-                style, [&](std::string_view name, std::string_view value, bool isImportant) {
-                    if (isImportant == important) {
-                        applyDeclaration(mRecords[i], name, value);
-                    }
-                });
-        }
-        mRecords[i].resolves = resolvesOnItem(mRecords[i].item->getProperties());
-    }
-}
-
-bool StandardReader::expandUses() {
-    if (mUses.empty()) {
-        return true;
-    }
-    std::uint64_t documentSize = 0;
-    for (std::uint32_t i = 0; i < mOriginalRecords; ++i) {
-        documentSize += sizeOf(*mRecords[i].item);
-    }
-    const std::uint64_t limit = std::max(kExpansionAllowance, kMaxAmplification * documentSize);
-    std::uint64_t expanded = 0;
-    for (std::size_t u = 0; u < mUses.size(); ++u) {
-        const Use use = mUses[u];
-        // Originals inside definitions are never drawn: only their copies are expanded.
-        if (insideDefinitions(use.record)) {
-            continue;
-        }
-        const std::size_t before = mRecords.size();
-        if (!expandUse(use)) {
-            return false;
-        }
-        for (std::size_t i = before; i < mRecords.size(); ++i) {
-            expanded += sizeOf(*mRecords[i].item);
-        }
-        if (expanded > limit) {
-            mLoader.reportError("References expand the document more than " +
-                                std::to_string(kMaxAmplification) + "-fold");
-            return false;
-        }
-    }
-    return true;
-}
-
-bool StandardReader::insideDefinitions(std::uint32_t record) const {
-    if (record >= mOriginalRecords) {
-        return false;
-    }
-    for (std::uint32_t a = mRecords[record].parent; a != kNone; a = mRecords[a].parent) {
-        const Kind kind = kElements[mRecords[a].row].kind;
-        if (kind == Kind::Definitions || kind == Kind::Symbol) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool StandardReader::expandUse(const Use& use) {
-    std::string id;
-    if (!localReference(use.target, id)) {
-        if (!use.target.empty()) {
-            warnOnce("external " + use.target,
-                     "Ignore reference " + Quoted(use.target) + ": other documents are never read");
-        }
-        return true;
-    }
-    const auto found = mIds.find(id);
-    if (found == mIds.end()) {
-        warnOnce("missing " + id, "Ignore reference " + Quoted("#" + id) +
-                                      ": no element that can be drawn has that id");
-        return true;
-    }
-    const std::uint32_t target = found->second;
-    const std::uint32_t targetOrigin = mRecords[target].origin;
-    for (std::uint32_t a = use.record; a != kNone; a = mRecords[a].parent) {
-        if (mRecords[a].origin == targetOrigin) {
-            mLoader.reportError("Element \"use\" references itself or an ancestor: " +
-                                Quoted("#" + id));
-            return false;
-        }
-    }
-    const Kind kind = kElements[mRecords[target].row].kind;
-    if (kind == Kind::Definitions) {
-        return true;
-    }
-    auto& placeholder = static_cast<Node&>(*mRecords[use.record].item);
-    const std::uint32_t copy = copySubtree(target, use.record, placeholder);
-    if (copy == kNone) {
-        return false;
-    }
-    // A symbol is drawn as a viewport: its viewBox fitted into the use's width and height.
-    const auto symbol = mSymbols.find(target);
-    if (symbol != mSymbols.end() && symbol->second.viewBox) {
-        const BoundingBox& viewBox = *symbol->second.viewBox;
-        appendTransform(
-            *mRecords[copy].item,
-            ViewBoxTransform(viewBox, 0.0f, 0.0f, use.width.value_or(viewBox.getWidth()),
-                             use.height.value_or(viewBox.getHeight()),
-                             symbol->second.preserveAspectRatio));
-    }
-    return true;
-}
-
-// Copies the subtree of record `source` under `into` (whose record is `parent`), records
-// included, in document order; a symbol is copied as a plain group. Placeholders of uses are
-// copied without what they hold and expanded again in their new place. Returns the record of
-// the copy of `source`, or kNone after refusing a copy nested too deep.
-std::uint32_t StandardReader::copySubtree(std::uint32_t source, std::uint32_t parent, Node& into) {
-    const std::uint32_t end = mRecords[source].end;
-    std::vector<std::uint32_t> copies(end - source, kNone);
-    const auto first = static_cast<std::uint32_t>(mRecords.size());
-    for (std::uint32_t i = source; i < end; ++i) {
-        const Record original = mRecords[i];
-        const Kind kind = kElements[original.row].kind;
-        const std::uint32_t copiedParent = i == source ? parent
-                                           : original.parent >= source && original.parent < end
-                                               ? copies[original.parent - source]
-                                               : kNone;
-        if (copiedParent == kNone || (i != source && kind == Kind::Definitions)) {
-            continue;  // inside a left-out part (nested definitions, a placeholder's content)
-        }
-        Record copy = original;
-        copy.parent = copiedParent;
-        copy.style = kNone;
-        copy.depth = static_cast<std::uint16_t>(mRecords[copiedParent].depth + 1);
-        if (copy.depth > kMaxDepth) {
-            mLoader.reportError("References nest the document deeper than " +
-                                std::to_string(kMaxDepth) + " levels");
-            return kNone;
-        }
-        if (kind == Kind::Symbol) {
-            copy.row = rowOf(findElement("g"));
-        }
-        std::shared_ptr<ItemInterface> item = shallowCopy(*original.item);
-        item->editId().reset();  // ids stay unique in the tree
-        copy.item = item.get();
-        const auto index = static_cast<std::uint32_t>(mRecords.size());
-        mRecords.push_back(copy);
-        copies[i - source] = index;
-        Node& group = i == source ? into : static_cast<Node&>(*mRecords[copiedParent].item);
-        group.editChildren().push_back(std::move(item));
-        if (kind == Kind::Use) {
-            // What the placeholder holds is its expansion, made again for the copy.
-            const auto use = mUseOfRecord.find(i);
-            if (use != mUseOfRecord.end()) {
-                Use again = mUses[use->second];
-                again.record = index;
-                mUses.push_back(std::move(again));
-            }
-            i = original.end - 1;
-        }
-    }
-    // Children come after their parents: ends gather from the last record back.
-    for (std::uint32_t i = first; i < mRecords.size(); ++i) {
-        mRecords[i].end = i + 1;
-    }
-    for (auto i = static_cast<std::uint32_t>(mRecords.size()); i-- > first;) {
-        const std::uint32_t p = mRecords[i].parent;
-        if (p != kNone && p >= first) {
-            mRecords[p].end = std::max(mRecords[p].end, mRecords[i].end);
-        }
-    }
-    return copies[0];
-}
-
-void StandardReader::resolveInherited() {
-    struct State {
-        bool removed = false;
-        bool hidden = false;
-        bool fillIsCurrent = false;
-        bool strokeIsCurrent = false;
-        std::uint32_t colour = kNone;  // in mColours; none for black
-        float opacity = 1.0f;
-    };
-    std::vector<State> states(mRecords.size());
-    for (std::uint32_t i = 0; i < mRecords.size(); ++i) {
-        Record& record = mRecords[i];
-        const Kind kind = kElements[record.row].kind;
-        if (i < mOriginalRecords && (kind == Kind::Definitions || kind == Kind::Symbol)) {
-            i = record.end - 1;  // definitions are drawn through their copies only
-            continue;
-        }
-        const State parent = record.parent == kNone ? State() : states[record.parent];
-        State& state = states[i];
-        state = parent;
-        state.removed = parent.removed || record.display == 1;
-        if (state.removed) {
-            if (!parent.removed) {
-                mHidden.push_back(i);
-            }
-            continue;
-        }
-        state.hidden = record.visibility == 0 ? parent.hidden : record.visibility == 2;
-        if (state.hidden && dynamic_cast<Node*>(record.item) == nullptr) {
-            mHidden.push_back(i);
-            continue;
-        }
-        if (record.colour != kNone) {
-            state.colour = record.colour;
-        }
-        if (!record.resolves && !state.fillIsCurrent && !state.strokeIsCurrent) {
-            continue;  // nothing to resolve on the item, and nothing it could change below it
-        }
-        RenderingProperties& p = record.item->editProperties();
-        // currentColor is inherited as the keyword, so a descendant with a colour of its own
-        // paints in that colour.
-        static const std::string black = "black";
-        const std::string& colour = state.colour == kNone ? black : mColours[state.colour];
-        const auto resolve = [&](std::optional<std::string>& paint, bool& isCurrent) {
-            if (paint) {
-                isCurrent = *paint == "currentColor";
-                if (paint->compare(0, 4, "url(") == 0) {
-                    *paint = resolvePaint(*paint);
-                    isCurrent = *paint == "currentColor";
-                }
-                if (isCurrent) {
-                    *paint = colour;
-                }
-            } else if (isCurrent && record.colour != kNone) {
-                paint = colour;
-            }
-        };
-        resolve(p.fill, state.fillIsCurrent);
-        resolve(p.stroke, state.strokeIsCurrent);
-        if (p.opacity) {
-            state.opacity *= *p.opacity;
-            p.opacity = state.opacity;
-        }
-    }
-}
-
-std::string StandardReader::resolvePaint(const std::string& paint) {
-    const std::size_t close = paint.find(')');
-    const std::string id = paint.substr(5, close - 5);
-    const std::string fallback = close + 2 < paint.size() ? paint.substr(close + 2) : "none";
-    std::string colour;
-    if (gradientColour(id, colour)) {
-        warnOnce("gradient", "Ignore gradient: it is drawn in the average of its stop colours");
-        return colour;
-    }
-    const auto feature = mFeatureIds.find(id);
-    if (feature != mFeatureIds.end()) {
-        warnOnce(feature->second, feature->second);
-    } else {
-        warnOnce("missing " + id,
-                 "Ignore reference " + Quoted("#" + id) + ": no paint has that id");
-    }
-    return fallback;
-}
-
-bool StandardReader::gradientColour(const std::string& id, std::string& colour) {
-    auto found = mGradientIds.find(id);
-    if (found == mGradientIds.end()) {
-        return false;
-    }
-    // Stops come from the gradient itself or, when it has none, along its references.
-    const Gradient* gradient = &mGradients[found->second];
-    for (int hops = 0; gradient->stops.empty() && hops < 16; ++hops) {
-        std::string next;
-        if (!localReference(gradient->href, next) ||
-            (found = mGradientIds.find(next)) == mGradientIds.end()) {
-            break;
-        }
-        gradient = &mGradients[found->second];
-    }
-    if (gradient->stops.empty()) {
-        colour = "none";
-        return true;
-    }
-    double sum[4] = {0, 0, 0, 0};
-    for (const Rgba& stop : gradient->stops) {
-        sum[0] += stop.r;
-        sum[1] += stop.g;
-        sum[2] += stop.b;
-        sum[3] += stop.a;
-    }
-    const double n = static_cast<double>(gradient->stops.size());
-    const auto channel = [&](int i) { return static_cast<unsigned char>(std::lround(sum[i] / n)); };
-    colour = ColourText("", {channel(0), channel(1), channel(2), channel(3)});
-    return true;
-}
-
-void StandardReader::removeHidden() {
-    std::unordered_map<Node*, std::vector<const ItemInterface*>> byParent;
-    for (const std::uint32_t i : mHidden) {
-        const std::uint32_t parent = mRecords[i].parent;
-        if (parent == kNone) {
-            if (auto* root = dynamic_cast<Node*>(mRecords[i].item)) {
-                root->editChildren().clear();
-            }
-            continue;
-        }
-        if (auto* group = dynamic_cast<Node*>(mRecords[parent].item)) {
-            byParent[group].push_back(mRecords[i].item);
-        }
-    }
-    for (auto& entry : byParent) {
-        std::vector<const ItemInterface*>& doomed = entry.second;
-        std::sort(doomed.begin(), doomed.end());
-        entry.first->editChildren().remove_if([&](const std::shared_ptr<ItemInterface>& child) {
-            return std::binary_search(doomed.begin(), doomed.end(), child.get());
-        });
-    }
 }
 
 }  // namespace tq::svg::detail

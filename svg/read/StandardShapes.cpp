@@ -98,4 +98,20 @@ Wm4::Matrix3f ViewBoxTransform(const BoundingBox& viewBox, float x, float y, flo
     return m;
 }
 
+Wm4::Matrix3f Translation(float x, float y) {
+    Wm4::Matrix3f m = Wm4::Matrix3f::IDENTITY;
+    m(0, 2) = x;
+    m(1, 2) = y;
+    return m;
+}
+
+void AppendTransform(ItemInterface& item, const Wm4::Matrix3f& m) {
+    const Wm4::Matrix3f combined = item.getTransform() ? *item.getTransform() * m : m;
+    if (combined != Wm4::Matrix3f::IDENTITY) {
+        item.editTransform() = combined;
+    } else {
+        item.editTransform().reset();
+    }
+}
+
 }  // namespace tq::svg::detail

@@ -339,4 +339,19 @@ bool ParseOpacity(std::string_view text, float& opacity) {
     return true;
 }
 
+// "#id", "url(#id)" and their quoted forms: the id, or false for a reference to another
+// document.
+bool LocalReference(std::string_view reference, std::string& id) {
+    reference = TrimSpace(reference);
+    if (!reference.empty() && (reference.front() == '"' || reference.front() == '\'') &&
+        reference.size() >= 2 && reference.back() == reference.front()) {
+        reference = TrimSpace(reference.substr(1, reference.size() - 2));
+    }
+    if (reference.empty() || reference.front() != '#') {
+        return false;
+    }
+    id = std::string(reference.substr(1));
+    return true;
+}
+
 }  // namespace tq::svg::detail

@@ -16,9 +16,14 @@
 // Every element's facts that the tree has no field for (its tag, display, visibility, colour,
 // style attribute) sit in one record per element, kept in document order, so that the passes
 // are loops over an array: no per-element allocation beyond the items themselves.
+//
+// One source file per pass: StandardReader.cpp reads the elements, StandardCascade.cpp applies
+// the styles, StandardReferences.cpp expands references, StandardInheritance.cpp resolves what
+// is inherited; StandardElements.cpp holds the vocabulary.
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <set>
@@ -32,6 +37,7 @@
 #include "svg/model/BoundingBox.h"
 #include "svg/model/ItemInterface.h"
 #include "svg/model/ItemInterfacePointer.h"
+#include "svg/read/detail/StandardElements.h"
 #include "svg/read/detail/StandardValues.h"
 #include "svg/read/detail/StyleSheet.h"
 
@@ -63,15 +69,54 @@ public:
     // for a value that is no paint. `unset` is set for "inherit".
     bool parsePaint(std::string_view value, std::string& text, bool& unset);
 
-    // The kinds of element the profile knows.
-    enum class Kind : std::uint8_t;
-
 private:
-    struct Record;
-    struct Open;
-    struct Scratch;
-    struct Gradient;
-    struct Use;
+    using Kind = ElementKind;
+    static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+
+    // What the tree has no field for, one per element that became an item, in document order.
+    struct Record {
+        ItemInterface* item = nullptr;
+        std::uint32_t parent = kNone;  // the record of the enclosing item
+        std::uint32_t end = kNone;     // one past the last record of the subtree
+        std::uint32_t origin = kNone;  // the element a copy was made from; itself for originals
+        std::uint32_t style = kNone;   // the style attribute, in mStyles
+        std::uint32_t styleLength = 0;
+        std::uint32_t colour = kNone;  // the "color" value as colour text, in mColours
+        std::uint16_t depth = 0;
+        std::uint8_t row = 0;         // in kElements
+        std::uint8_t display = 0;     // 0 inherited, 1 none, 2 shown
+        std::uint8_t visibility = 0;  // 0 inherited, 1 visible, 2 hidden
+        // Set while the item is at hand, so that the passes skip items they have nothing to do on
+        // (each visit of an item is a cache miss in a large document).
+        bool selectable = false;  // has a class or an id
+        bool resolves = false;    // see resolvesOnItem
+    };
+
+    // An open element that was not skipped.
+    struct Open {
+        Kind kind;
+        std::uint32_t record = kNone;
+        bool viewport = false;  // pushed a viewport for the percentages of its content
+        bool taken = false;     // a switch that has drawn its child
+    };
+
+    // Attributes of the element being read that the tree has no field for.
+    struct Scratch {
+        std::string href;
+        std::string_view x, y, width, height, cx, cy, rx, ry, points, viewBox, preserveAspectRatio;
+    };
+
+    struct Gradient {
+        std::string href;
+        std::vector<Rgba> stops;
+    };
+
+    struct Use {
+        std::uint32_t record;
+        std::string target;
+        // For a symbol: the viewport its viewBox is fitted into, when given.
+        std::optional<float> width, height;
+    };
     struct Viewport {
         float width = 100.0f;
         float height = 100.0f;
@@ -107,6 +152,7 @@ private:
     bool expandUse(const Use& use);
     bool insideDefinitions(std::uint32_t record) const;
     std::uint32_t copySubtree(std::uint32_t source, std::uint32_t parent, Node& into);
+    static bool resolvesOnItem(const RenderingProperties& p);
     void resolveInherited();
     std::string resolvePaint(const std::string& paint);
     bool gradientColour(const std::string& id, std::string& colour);

@@ -8,6 +8,7 @@
 #include <Wm4Foundation/Wm4Matrix3.h>
 
 #include "svg/model/BoundingBox.h"
+#include "svg/model/ItemInterface.h"
 #include "svg/model/Path.h"
 
 namespace tq::svg::detail {
@@ -30,5 +31,12 @@ void AppendPolyline(std::list<Path::Command>& out, const std::vector<float>& coo
 // preserveAspectRatio value ("xMidYMid meet" when empty or not understood).
 Wm4::Matrix3f ViewBoxTransform(const BoundingBox& viewBox, float x, float y, float width,
                                float height, std::string_view preserveAspectRatio);
+
+// A translation by (x, y).
+Wm4::Matrix3f Translation(float x, float y);
+
+// Sets the item's transform to its own followed by `m` (applied first to the content); an
+// identity result is stored as no transform.
+void AppendTransform(ItemInterface& item, const Wm4::Matrix3f& m);
 
 }  // namespace tq::svg::detail

@@ -40,4 +40,8 @@ float ToUserUnits(float number, LengthUnit unit, float reference);
 // An opacity: a number or a percentage, clamped to [0, 1].
 bool ParseOpacity(std::string_view text, float& opacity);
 
+// "#id", "url(#id)" and their quoted forms: the id, or false for a reference to another
+// document.
+bool LocalReference(std::string_view reference, std::string& id);
+
 }  // namespace tq::svg::detail

@@ -18,6 +18,7 @@
 #include "svg/read/detail/AttributeParsers.h"
 #include "svg/read/detail/ParserMessages.h"
 #include "svg/read/detail/StandardReader.h"
+#include "svg/read/detail/StandardShapes.h"
 
 namespace tq::svg {
 
@@ -151,6 +152,14 @@ AttributeParseResult ParseSvgAttribute(Loader& loader, ItemInterface& item, std:
     if (name == "viewBox") {
         if (document.getViewbox()) {
             return ReportSpecifiedTwice(loader, name);
+        }
+        if (loader.standard() != nullptr) {
+            BoundingBox box;
+            if (!detail::ParseViewBox(value, box)) {
+                return R::Invalid;
+            }
+            document.editViewbox() = box;
+            return R::Handled;
         }
         document.editViewbox() = BoundingBox();
         std::vector<float> numbers;

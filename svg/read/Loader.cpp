@@ -76,8 +76,13 @@ Loader::Loader(ItemInterfacePointer<ItemInterface>& out, tqIoDevice& device,
 
 Loader::~Loader() = default;
 
+const Loader::MessageCallback& Loader::errorCallback() const {
+    static const MessageCallback quiet;
+    return mQuietDetail ? quiet : mErrorCallback;
+}
+
 void Loader::reportError(const std::string& message) const {
-    if (mErrorCallback) {
+    if (mErrorCallback && !mQuietDetail) {
         mErrorCallback(message);
     }
 }
@@ -148,11 +153,14 @@ bool Loader::parseAttributes(ItemInterface& item, AttributeParser parser,
 
 bool Loader::dispatchAttribute(ItemInterface& item, AttributeParser parser,
                                const tq::xml::XmlAttribute& attribute) {
+    // The standard profile says once what it ignores: the parsers' detail is left out.
+    mQuietDetail = mStandardProfile;
     AttributeParseResult result = ParsePresentationAttribute(*this, item, attribute.localName,
                                                              attribute.prefix, attribute.value);
     if (result == AttributeParseResult::NotRecognised && parser != nullptr) {
         result = parser(*this, item, attribute.localName, attribute.prefix, attribute.value);
     }
+    mQuietDetail = false;
     if (result == AttributeParseResult::Handled) {
         return true;
     }

@@ -8,6 +8,7 @@
 
 #include "svg/model/SvgColor.h"
 #include "svg/model/detail/SvgNumber.h"
+#include "svg/path/detail/PathData.h"
 #include "svg/read/detail/AttributeParsers.h"
 #include "svg/read/detail/ParserMessages.h"
 #include "svg/read/detail/StandardReader.h"
@@ -135,14 +136,14 @@ R parseKeyword(Loader& loader, std::optional<T>& target, std::string_view name,
 // no dashes.
 bool parseStandardDashes(detail::StandardReader& standard, std::string_view name,
                          std::string_view value, std::vector<UnitValue>& dashes) {
-    std::string list(value);
-    for (char& c : list) {
-        c = c == ',' ? ' ' : c;
+    std::vector<std::pair<float, detail::LengthUnit>> lengths;
+    if (!detail::ParseCssLengthList(value, lengths)) {
+        return false;
     }
     bool any = false;
-    for (const std::string& part : tqStringUtils::Split(list, ' ', true)) {
+    for (const auto& [number, unit] : lengths) {
         float length = 0.0f;
-        if (!standard.parseLength(name, part, length) || length < 0.0f) {
+        if (!standard.toUserUnits(name, number, unit, length) || length < 0.0f) {
             return false;
         }
         any = any || length > 0.0f;
@@ -190,7 +191,7 @@ bool isTransformSpace(char c) {
 
 // One command's matrix; false, after its lines on `error`, when it cannot be built.
 bool buildCommandMatrix(std::string_view value, std::string_view command,
-                        std::string_view arguments, bool rotateAboutCentre, Wm4::Matrix3f& m,
+                        std::string_view arguments, bool standard, Wm4::Matrix3f& m,
                         const Loader::MessageCallback& error) {
     struct Arity {
         std::string_view name;
@@ -212,7 +213,11 @@ bool buildCommandMatrix(std::string_view value, std::string_view command,
         return false;
     }
     std::vector<float> n;
-    if (!ParseNumberList("transform", arguments, arity->min, arity->max, n, error)) {
+    const bool read =
+        standard ? detail::ReadStandardNumbers(arguments, n) && n.size() >= arity->min &&
+                       n.size() <= arity->max
+                 : ParseNumberList("transform", arguments, arity->min, arity->max, n, error);
+    if (!read) {
         if (error) {
             error("Failed to parse transform attribute " + Quoted(value) + ", fail to parse '" +
                   std::string(command) + "' content");
@@ -244,7 +249,7 @@ bool buildCommandMatrix(std::string_view value, std::string_view command,
         m(0, 1) = -s;
         m(1, 0) = s;
         m(1, 1) = c;
-        if (n.size() == 3 && rotateAboutCentre) {
+        if (n.size() == 3 && standard) {
             // translate(cx, cy) rotate(a) translate(-cx, -cy), as SVG composes it.
             m(0, 2) = n[1] - c * n[1] + s * n[2];
             m(1, 2) = n[2] - s * n[1] - c * n[2];
@@ -288,7 +293,7 @@ bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
 }
 
 bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
-                        const Loader::MessageCallback& error, bool rotateAboutCentre) {
+                        const Loader::MessageCallback& error, bool standard) {
     Wm4::Matrix3f accumulated = Wm4::Matrix3f::IDENTITY;
     std::size_t pos = 0;
     while (true) {
@@ -313,8 +318,7 @@ bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
         }
         Wm4::Matrix3f m;
         if (!buildCommandMatrix(value, value.substr(pos, nameEnd - pos),
-                                value.substr(open + 1, close - open - 1), rotateAboutCentre, m,
-                                error)) {
+                                value.substr(open + 1, close - open - 1), standard, m, error)) {
             return false;
         }
         accumulated = accumulated * m;  // the leftmost command ends up applied last

@@ -436,13 +436,7 @@ std::shared_ptr<ItemInterface> StandardReader::finishItem(Kind kind, std::uint32
                 viewBox = document->getViewbox();
             } else {
                 // A nested viewport: its viewBox fitted into x, y, width, height.
-                std::vector<float> numbers;
-                if (!s.viewBox.empty() &&
-                    ParseNumberList("viewBox", s.viewBox, 4, 4, numbers, nullptr)) {
-                    viewBox = BoundingBox(
-                        Wm4::Vector2f(numbers[0], numbers[1]),
-                        Wm4::Vector2f(numbers[0] + numbers[2], numbers[1] + numbers[3]));
-                }
+                viewBox = readViewBox(s.viewBox);
                 const float x = length("x", s.x, 0.0f);
                 const float y = length("y", s.y, 0.0f);
                 const float w = length("width", s.width, parentViewport.width);
@@ -463,13 +457,7 @@ std::shared_ptr<ItemInterface> StandardReader::finishItem(Kind kind, std::uint32
         case Kind::Symbol: {
             SymbolView& view = mSymbols[index];
             view.preserveAspectRatio = std::string(s.preserveAspectRatio);
-            std::vector<float> numbers;
-            if (!s.viewBox.empty() &&
-                ParseNumberList("viewBox", s.viewBox, 4, 4, numbers, nullptr)) {
-                view.viewBox =
-                    BoundingBox(Wm4::Vector2f(numbers[0], numbers[1]),
-                                Wm4::Vector2f(numbers[0] + numbers[2], numbers[1] + numbers[3]));
-            }
+            view.viewBox = readViewBox(s.viewBox);
             break;
         }
         case Kind::Use:
@@ -566,6 +554,18 @@ void StandardReader::addStop(const std::vector<XmlAttribute>& attributes) {
     mGradients.back().stops.push_back(colour);
 }
 
+std::optional<BoundingBox> StandardReader::readViewBox(std::string_view text) const {
+    BoundingBox box;
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    if (!ParseViewBox(text, box)) {
+        mLoader.reportWarning("Ignore Invalid attribute \"viewBox\" with value " + Quoted(text));
+        return std::nullopt;
+    }
+    return box;
+}
+
 bool StandardReader::endElement() {
     if (mOpen.empty()) {
         return false;
@@ -603,9 +603,11 @@ bool StandardReader::characters(const char* text, int length) {
 bool StandardReader::parseLength(std::string_view name, std::string_view value, float& out) const {
     float number = 0.0f;
     LengthUnit unit = LengthUnit::None;
-    if (!ParseCssLength(value, number, unit)) {
-        return false;
-    }
+    return ParseCssLength(value, number, unit) && toUserUnits(name, number, unit, out);
+}
+
+bool StandardReader::toUserUnits(std::string_view name, float number, LengthUnit unit,
+                                 float& out) const {
     const Viewport viewport = mViewports.empty() ? Viewport() : mViewports.back();
     const float reference =
         IsHorizontalLength(name) ? viewport.width

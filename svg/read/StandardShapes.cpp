@@ -1,7 +1,9 @@
 #include "svg/read/detail/StandardShapes.h"
 
 #include <algorithm>
+#include <cmath>
 
+#include "svg/path/detail/PathData.h"
 #include "svg/read/detail/StandardValues.h"
 
 namespace tq::svg::detail {
@@ -112,6 +114,18 @@ void AppendTransform(ItemInterface& item, const Wm4::Matrix3f& m) {
     } else {
         item.editTransform().reset();
     }
+}
+
+bool ParseViewBox(std::string_view text, BoundingBox& box) {
+    std::vector<float> numbers;
+    if (!ReadStandardNumbers(text, numbers) || numbers.size() != 4 || !(numbers[2] >= 0.0f) ||
+        !(numbers[3] >= 0.0f) || !std::isfinite(numbers[0] + numbers[2]) ||
+        !std::isfinite(numbers[1] + numbers[3])) {
+        return false;
+    }
+    box = BoundingBox(Wm4::Vector2f(numbers[0], numbers[1]),
+                      Wm4::Vector2f(numbers[0] + numbers[2], numbers[1] + numbers[3]));
+    return true;
 }
 
 }  // namespace tq::svg::detail

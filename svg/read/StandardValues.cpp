@@ -279,26 +279,57 @@ std::string ColourText(std::string_view original, const Rgba& colour) {
     return buffer;
 }
 
-bool ParseCssLength(std::string_view text, float& number, LengthUnit& unit) {
+bool TakeCssLength(std::string_view& text, float& number, LengthUnit& unit) {
     static constexpr std::pair<std::string_view, LengthUnit> kUnits[] = {
         {"px", LengthUnit::Px}, {"pt", LengthUnit::Pt}, {"pc", LengthUnit::Pc},
         {"mm", LengthUnit::Mm}, {"cm", LengthUnit::Cm}, {"in", LengthUnit::In},
         {"em", LengthUnit::Em}, {"ex", LengthUnit::Ex}, {"%", LengthUnit::Percent}};
-    text = TrimSpace(text);
-    if (!takeNumber(text, number)) {
+    std::string_view rest = text;
+    if (!takeNumber(rest, number)) {
         return false;
     }
-    if (text.empty()) {
-        unit = LengthUnit::None;
-        return true;
+    std::size_t end = 0;
+    while (end < rest.size() &&
+           (rest[end] == '%' || (lower(rest[end]) >= 'a' && lower(rest[end]) <= 'z'))) {
+        ++end;
     }
-    for (const auto& [suffix, value] : kUnits) {
-        if (EqualsLowerCase(text, suffix)) {
-            unit = value;
-            return true;
+    unit = LengthUnit::None;
+    if (end > 0) {
+        const auto* found = std::find_if(
+            std::begin(kUnits), std::end(kUnits),
+            [&](const auto& row) { return EqualsLowerCase(rest.substr(0, end), row.first); });
+        if (found == std::end(kUnits)) {
+            return false;
+        }
+        unit = found->second;
+    }
+    text = rest.substr(end);
+    return true;
+}
+
+bool ParseCssLength(std::string_view text, float& number, LengthUnit& unit) {
+    text = TrimSpace(text);
+    return TakeCssLength(text, number, unit) && text.empty();
+}
+
+bool ParseCssLengthList(std::string_view text, std::vector<std::pair<float, LengthUnit>>& out) {
+    text = TrimSpace(text);
+    while (!text.empty()) {
+        float number = 0.0f;
+        LengthUnit unit = LengthUnit::None;
+        if (!TakeCssLength(text, number, unit)) {
+            return false;
+        }
+        out.emplace_back(number, unit);
+        text = TrimSpace(text);
+        if (!text.empty() && text.front() == ',') {
+            text = TrimSpace(text.substr(1));
+            if (text.empty()) {
+                return false;  // a trailing comma
+            }
         }
     }
-    return false;
+    return true;
 }
 
 float ToUserUnits(float number, LengthUnit unit, float reference) {

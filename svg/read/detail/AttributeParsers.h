@@ -49,9 +49,10 @@ TQSVG_EXPORT bool ParseNumberList(std::string_view name, std::string_view value,
 // its lines to `error` and leaves `out` unchanged.
 TQSVG_EXPORT bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
                                      const Loader::MessageCallback& error);
-// The same; with `rotateAboutCentre`, "rotate(a cx cy)" turns about (cx, cy) as SVG composes it,
-// where the library's own reading deliberately puts (cx, cy) into the translation.
+// The same; with `standard`, numbers follow SVG's number syntax (compact forms such as
+// "-0.5-1.5" and ".5.5") and "rotate(a cx cy)" turns about (cx, cy) as SVG composes it, where
+// the library's own reading deliberately puts (cx, cy) into the translation.
 TQSVG_EXPORT bool ParseTransformList(std::string_view value, Wm4::Matrix3f& out,
-                                     const Loader::MessageCallback& error, bool rotateAboutCentre);
+                                     const Loader::MessageCallback& error, bool standard);
 
 }  // namespace tq::svg

@@ -68,7 +68,9 @@ public:
     void reportError(const std::string& message) const;
     void reportWarning(const std::string& message) const;
     bool ignoresUnsupported() const { return mIgnoreUnsupported; }
-    const MessageCallback& errorCallback() const { return mErrorCallback; }
+    // The callback for a parser's detailed messages: none while the standard profile dispatches
+    // an attribute, since it reports once what it ignores.
+    const MessageCallback& errorCallback() const;
     LoaderStack& stack() { return *mStack; }
     // The standard reading profile's layer; null under the subset.
     detail::StandardReader* standard() const { return mStandard.get(); }
@@ -91,6 +93,7 @@ private:
     bool mIgnoreUnsupported;
     bool mStandardProfile;
     bool mParseResult = false;
+    bool mQuietDetail = false;  // while the standard profile dispatches an attribute
 };
 
 }  // namespace tq::svg

@@ -65,6 +65,8 @@ public:
     // unit, em, ex or a percentage of the viewport along the attribute's axis. Sizes and radii
     // may not be negative.
     bool parseLength(std::string_view name, std::string_view value, float& out) const;
+    // The same for a length already read.
+    bool toUserUnits(std::string_view name, float number, LengthUnit unit, float& out) const;
     // The standard reading of a "fill" or "stroke" value into the text the tree keeps; false
     // for a value that is no paint. `unset` is set for "inherit".
     bool parsePaint(std::string_view value, std::string& text, bool& unset);
@@ -138,6 +140,7 @@ private:
     std::shared_ptr<ItemInterface> finishItem(Kind kind, std::uint32_t index,
                                               std::shared_ptr<ItemInterface> item,
                                               Scratch& scratch);
+    std::optional<BoundingBox> readViewBox(std::string_view text) const;
     void startGradient(const std::vector<tq::xml::XmlAttribute>& attributes);
     void addStop(const std::vector<tq::xml::XmlAttribute>& attributes);
     bool conditionsHold(const std::vector<tq::xml::XmlAttribute>& attributes) const;

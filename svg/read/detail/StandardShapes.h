@@ -32,6 +32,9 @@ void AppendPolyline(std::list<Path::Command>& out, const std::vector<float>& coo
 Wm4::Matrix3f ViewBoxTransform(const BoundingBox& viewBox, float x, float y, float width,
                                float height, std::string_view preserveAspectRatio);
 
+// A viewBox by SVG's number syntax: four numbers, the width and height not negative.
+bool ParseViewBox(std::string_view text, BoundingBox& box);
+
 // A translation by (x, y).
 Wm4::Matrix3f Translation(float x, float y);
 

@@ -4,6 +4,8 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tq::svg::detail {
 
@@ -32,6 +34,14 @@ enum class LengthUnit { None, Px, Pt, Pc, Mm, Cm, In, Em, Ex, Percent };
 // A number with an optional unit (px, pt, pc, mm, cm, in, em, ex, %), white space around it
 // allowed; false for anything else or a number that is not finite.
 bool ParseCssLength(std::string_view text, float& number, LengthUnit& unit);
+
+// The same at the front of `text`, which is advanced past it; nothing may stand between the
+// number and its unit.
+bool TakeCssLength(std::string_view& text, float& number, LengthUnit& unit);
+
+// Lengths separated by white space or a comma, by SVG's number syntax ("5-3" holds two, ".5.5"
+// too), appended to `out`; false at the first that does not read.
+bool ParseCssLengthList(std::string_view text, std::vector<std::pair<float, LengthUnit>>& out);
 
 // User units of a length: absolute units at 96 per inch, em and ex of a 16-unit font, a
 // percentage of `reference`.

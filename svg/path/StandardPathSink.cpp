@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "svg/path/PathPrimitive.h"
 #include "svg/path/detail/PathData.h"
 #include "svg/path/detail/PathDataScanner.h"
 
@@ -32,6 +33,54 @@ void fitRadii(const Vec& start, const Vec& end, float rotationDegrees, float& rx
         rx = static_cast<float>(rx * scale);
         ry = static_cast<float>(ry * scale);
     }
+}
+
+// The middle of the arc by SVG's end-point to centre conversion in double precision, when the
+// geometry's single-precision conversion of the same arc sweeps a visibly different angle; false
+// when it draws the arc well. An arc whose end lies a hair from its start, a common way to
+// write a whole circle, is the case: in floats its sweep rounds to nothing.
+bool middleOfMisdrawnArc(const Vec& start, const Vec& end, float rx, float ry, float rotation,
+                         bool largeArc, bool sweep, Vec& middle) {
+    constexpr double kPi = 3.14159265358979323846;
+    if (start == end) {
+        return false;  // no arc at all
+    }
+    const PathEllipticalArc single(Vec(rx, ry), rotation, largeArc, sweep, start, end);
+    const double phi = double(rotation) * kPi / 180.0;
+    const double c = std::cos(phi);
+    const double s = std::sin(phi);
+    const double dx = (double(start.X()) - double(end.X())) * 0.5;
+    const double dy = (double(start.Y()) - double(end.Y())) * 0.5;
+    const double x1 = c * dx + s * dy;
+    const double y1 = c * dy - s * dx;
+    const double a = double(rx);
+    const double b = double(ry);
+    const double q =
+        (a * a * b * b - a * a * y1 * y1 - b * b * x1 * x1) / (a * a * y1 * y1 + b * b * x1 * x1);
+    double k = q > 0.0 ? std::sqrt(q) : 0.0;
+    if (largeArc == sweep) {
+        k = -k;
+    }
+    const double cxp = k * a * y1 / b;
+    const double cyp = -k * b * x1 / a;
+    const double startAngle = std::atan2((y1 - cyp) / b, (x1 - cxp) / a);
+    double delta = std::atan2((-y1 - cyp) / b, (-x1 - cxp) / a) - startAngle;
+    if (sweep && delta < 0.0) {
+        delta += 2.0 * kPi;
+    } else if (!sweep && delta > 0.0) {
+        delta -= 2.0 * kPi;
+    }
+    if (!std::isfinite(delta) || std::fabs(delta - double(single.deltaAngle)) < 1e-3) {
+        return false;
+    }
+    const double t = startAngle + delta / 2.0;
+    const double mx = a * std::cos(t);
+    const double my = b * std::sin(t);
+    const double cx = c * cxp - s * cyp + (double(start.X()) + double(end.X())) * 0.5;
+    const double cy = s * cxp + c * cyp + (double(start.Y()) + double(end.Y())) * 0.5;
+    middle =
+        Vec(static_cast<float>(cx + c * mx - s * my), static_cast<float>(cy + s * mx + c * my));
+    return std::isfinite(middle.X()) && std::isfinite(middle.Y());
 }
 
 }  // namespace
@@ -93,8 +142,15 @@ void StandardPathSink::arc(bool relative, const float* v) {
         push(relative ? Type::LineToRel : Type::LineTo, {v[5], v[6]});
     } else {
         fitRadii(mCurrent, end, v[2], rx, ry);
-        push(relative ? Type::EllipticalArcRel : Type::EllipticalArc,
-             {rx, ry, v[2], v[3], v[4], v[5], v[6]});
+        Vec middle;
+        if (middleOfMisdrawnArc(mCurrent, end, rx, ry, v[2], v[3] != 0.0f, v[4] != 0.0f, middle)) {
+            // Two halves, each of which the geometry draws well.
+            push(Type::EllipticalArc, {rx, ry, v[2], 0.0f, v[4], middle.X(), middle.Y()});
+            push(Type::EllipticalArc, {rx, ry, v[2], 0.0f, v[4], end.X(), end.Y()});
+        } else {
+            push(relative ? Type::EllipticalArcRel : Type::EllipticalArc,
+                 {rx, ry, v[2], v[3], v[4], v[5], v[6]});
+        }
     }
     mCurrent = end;
 }

@@ -16,12 +16,46 @@ bool StandardReader::resolvesOnItem(const RenderingProperties& p) {
     return special(p.fill) || special(p.stroke) || p.opacity.has_value();
 }
 
+// The elements as the sheet's selectors see them; views into the items' ids and classes, which
+// declarations never change, and into mTexts, which the cascade does not grow.
+void StandardReader::selectorElements(std::vector<CssElement>& elements,
+                                      std::vector<CssAttribute>& attributes) const {
+    elements.resize(mOriginalRecords);
+    for (std::uint32_t i = 0; i < mOriginalRecords; ++i) {
+        const Record& record = mRecords[i];
+        CssElement& element = elements[i];
+        element.tag = ElementAt(record.row).name;
+        // getId() answers a copy; the view must be of the item's own text.
+        const std::optional<std::string>& id = record.item->editId();
+        const auto& classes = record.item->getProperties().className;
+        element.id = id ? std::string_view(*id) : std::string_view();
+        element.classes = classes ? std::string_view(*classes) : std::string_view();
+        element.parent = record.parent;
+        element.firstChild = record.firstChild;
+        element.attributesKnown = record.attributesKnown;
+        element.attributes = record.attributes;
+        element.attributeCount = record.attributeCount;
+    }
+    const std::string_view texts(mTexts);
+    attributes.reserve(mKeptAttributes.size());
+    for (const KeptAttribute& kept : mKeptAttributes) {
+        attributes.push_back(
+            {texts.substr(kept.name, kept.nameLength), texts.substr(kept.value, kept.valueLength)});
+    }
+}
+
 void StandardReader::applyStyles() {
-    // Whether any rule applies to every element of a row, so that an element without a class,
-    // an id or a style attribute may be passed over.
+    // Whether some rule may apply to an element of a row without a class or an id, so that an
+    // element without a class, an id or a style attribute may be passed over.
     std::vector<bool> rowMatches(ElementCount());
     for (std::size_t row = 0; row < rowMatches.size(); ++row) {
-        rowMatches[row] = mSheet.matchesEvery(ElementAt(static_cast<std::uint8_t>(row)).name);
+        rowMatches[row] =
+            mSheet.mayMatchWithoutClassOrId(ElementAt(static_cast<std::uint8_t>(row)).name);
+    }
+    std::vector<CssElement> elements;
+    std::vector<CssAttribute> attributes;
+    if (!mSheet.empty()) {
+        selectorElements(elements, attributes);
     }
     std::vector<const CssDeclaration*> matched;
     for (std::uint32_t i = 0; i < mOriginalRecords; ++i) {
@@ -30,14 +64,14 @@ void StandardReader::applyStyles() {
             (mSheet.empty() || (!record.selectable && !rowMatches[record.row]))) {
             continue;
         }
-        const auto& properties = record.item->getProperties();
-        const auto& id = record.item->getId();
-        mSheet.match(ElementAt(record.row).name, properties.className.value_or(""),
-                     id ? std::string_view(*id) : std::string_view(), matched);
+        matched.clear();
+        if (!mSheet.empty()) {
+            mSheet.match(elements, attributes, i, matched);
+        }
         const std::string_view style =
             record.style == kNone
                 ? std::string_view()
-                : std::string_view(mStyles).substr(record.style, record.styleLength);
+                : std::string_view(mTexts).substr(record.style, record.styleLength);
         // Normal declarations, then important ones; within each, the sheet before the style
         // attribute.
         for (const bool important : {false, true}) {
@@ -49,11 +83,11 @@ void StandardReader::applyStyles() {
             ForEachDeclaration(
                 style, [&](std::string_view name, std::string_view value, bool isImportant) {
                     if (isImportant == important) {
-                        applyDeclaration(mRecords[i], name, value);
+                        applyDeclaration(record, name, value);
                     }
                 });
         }
-        mRecords[i].resolves = resolvesOnItem(mRecords[i].item->getProperties());
+        record.resolves = resolvesOnItem(record.item->getProperties());
     }
 }
 

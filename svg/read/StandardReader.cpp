@@ -55,10 +55,63 @@ std::uint32_t StandardReader::parentRecord() const {
 
 StartElementResult StandardReader::startElement(const char* name,
                                                 const std::vector<XmlAttribute>& attributes) {
-    const std::string_view tag(name);
-    if (tag.find(':') != std::string_view::npos) {
-        return StartElementResult::SkipElement;  // another vocabulary (editors' metadata)
+    // Every element counts for ":first-child", drawn or not.
+    mFirstChild = mOpen.empty() || mOpen.back().children++ == 0;
+    const auto scope = static_cast<std::uint32_t>(mNamespaces.size());
+    bindNamespaces(attributes);
+    std::string_view tag(name);
+    std::string_view prefix;
+    if (const std::size_t colon = tag.find(':'); colon != std::string_view::npos) {
+        prefix = tag.substr(0, colon);
+        tag = tag.substr(colon + 1);
     }
+    // Elements of other vocabularies (editors' data, foreign content) are skipped silently.
+    const StartElementResult result = namespaceOf(prefix) == Namespace::Svg
+                                          ? startSvgElement(tag, attributes)
+                                          : StartElementResult::SkipElement;
+    if (result == StartElementResult::Continue) {
+        mOpen.back().namespaces = scope;
+    } else {
+        mNamespaces.resize(scope);
+    }
+    return result;
+}
+
+void StandardReader::bindNamespaces(const std::vector<XmlAttribute>& attributes) {
+    for (const XmlAttribute& attribute : attributes) {
+        const bool declaration = attribute.prefix == "xmlns" ||
+                                 (attribute.prefix.empty() && attribute.localName == "xmlns");
+        if (!declaration) {
+            continue;
+        }
+        const std::string_view uri = attribute.value;
+        const Namespace space = uri == "http://www.w3.org/2000/svg"     ? Namespace::Svg
+                                : uri == "http://www.w3.org/1999/xlink" ? Namespace::XLink
+                                                                        : Namespace::Other;
+        mNamespaces.push_back(
+            {std::string(attribute.prefix.empty() ? std::string_view() : attribute.localName),
+             space});
+    }
+}
+
+// The namespace a prefix stands for on the element being read. Without any declaration, the
+// default namespace is taken to be SVG's, as documents written without "xmlns" expect.
+StandardReader::Namespace StandardReader::namespaceOf(std::string_view prefix) const {
+    if (prefix == "xml") {
+        return Namespace::Xml;
+    }
+    for (auto it = mNamespaces.rbegin(); it != mNamespaces.rend(); ++it) {
+        if (it->prefix == prefix) {
+            return it->space;
+        }
+    }
+    return prefix.empty()      ? Namespace::Svg
+           : prefix == "xlink" ? Namespace::XLink
+                               : Namespace::Other;
+}
+
+StartElementResult StandardReader::startSvgElement(std::string_view tag,
+                                                   const std::vector<XmlAttribute>& attributes) {
     const ElementRow* row = FindElement(tag);
     if (row == nullptr) {
         warnOnce("tag " + std::string(tag), "Ignore unsupported tag in svg : " + Quoted(tag));
@@ -103,6 +156,7 @@ StartElementResult StandardReader::startElement(const char* name,
         return StartElementResult::SkipElement;
     }
     if (kind == Kind::Style) {
+        mSheetSeen = true;
         mOpen.push_back({Kind::Style});
         return StartElementResult::Continue;
     }
@@ -182,15 +236,17 @@ StartElementResult StandardReader::startItem(Kind kind, std::string_view name,
     record.origin = index;
     record.row = RowOf(FindElement(name));
     record.depth = static_cast<std::uint16_t>(parent == kNone ? 0 : mRecords[parent].depth + 1);
+    record.firstChild = mFirstChild;
+    keepAttributes(record, attributes);
     std::shared_ptr<ItemInterface> item = createItem(kind);
     Scratch scratch;
     readAttributes(kind, *item, scratch, record, attributes);
     item = finishItem(kind, index, std::move(item), scratch);
     record.item = item.get();
-    record.selectable = item->getId() || item->getProperties().className;
+    record.selectable = item->editId() || item->getProperties().className;
     record.resolves = resolvesOnItem(item->getProperties());
     mRecords.push_back(record);
-    if (const auto& id = item->getId()) {
+    if (const auto& id = item->editId()) {
         mIds.emplace(*id, index);
     }
     if (kind == Kind::Use) {
@@ -222,6 +278,33 @@ StartElementResult StandardReader::startItem(Kind kind, std::string_view name,
     }
     mOpen.push_back({kind, index, kind == Kind::Svg});
     return StartElementResult::Continue;
+}
+
+// Attribute selectors need the attributes as written; a document needs them only once it has a
+// style sheet, which comes first in nearly every file. The values of path data and points are
+// left out: no selector tests them.
+void StandardReader::keepAttributes(Record& record, const std::vector<XmlAttribute>& attributes) {
+    record.attributesKnown = mSheetSeen;
+    if (!mSheetSeen) {
+        return;
+    }
+    record.attributes = static_cast<std::uint32_t>(mKeptAttributes.size());
+    for (const XmlAttribute& attribute : attributes) {
+        if (!attribute.prefix.empty() || attribute.localName == "xmlns") {
+            continue;
+        }
+        const bool long_ = attribute.localName == "d" || attribute.localName == "points";
+        const std::string_view value = long_ ? std::string_view() : attribute.value;
+        KeptAttribute kept;
+        kept.name = static_cast<std::uint32_t>(mTexts.size());
+        kept.nameLength = static_cast<std::uint32_t>(attribute.localName.size());
+        mTexts.append(attribute.localName);
+        kept.value = static_cast<std::uint32_t>(mTexts.size());
+        kept.valueLength = static_cast<std::uint32_t>(value.size());
+        mTexts.append(value);
+        mKeptAttributes.push_back(kept);
+    }
+    record.attributeCount = static_cast<std::uint32_t>(mKeptAttributes.size()) - record.attributes;
 }
 
 void StandardReader::readAttributes(Kind kind, ItemInterface& item, Scratch& scratch,
@@ -259,10 +342,11 @@ void StandardReader::readAttributes(Kind kind, ItemInterface& item, Scratch& scr
         const std::string_view name = attribute.localName;
         const std::string_view value = attribute.value;
         if (!attribute.prefix.empty()) {
-            if (attribute.prefix == "xlink" && name == "href") {
+            const Namespace space = namespaceOf(attribute.prefix);
+            if (space == Namespace::XLink && name == "href") {
                 scratch.href = std::string(value);
-            } else if (attribute.prefix == "xml" && name == "space" && kind == Kind::Text) {
-                mLoader.dispatchAttribute(item, parser, attribute);
+            } else if (space == Namespace::Xml && name == "space" && kind == Kind::Text) {
+                mLoader.dispatchAttribute(item, parser, {name, "xml", value});
             }
             // Anything else under a prefix (namespace declarations, editors' data, xml:lang)
             // belongs to another vocabulary.
@@ -289,9 +373,9 @@ void StandardReader::readAttributes(Kind kind, ItemInterface& item, Scratch& scr
 bool StandardReader::readOwnAttribute(Kind kind, std::string_view name, std::string_view value,
                                       Scratch& scratch, Record& record) {
     if (name == "style") {
-        record.style = static_cast<std::uint32_t>(mStyles.size());
+        record.style = static_cast<std::uint32_t>(mTexts.size());
         record.styleLength = static_cast<std::uint32_t>(value.size());
-        mStyles.append(value);
+        mTexts.append(value);
         return true;
     }
     if (name == "color" || name == "display" || name == "visibility" || name == "clip-path" ||
@@ -394,7 +478,9 @@ void StandardReader::applyDeclaration(Record& record, std::string_view name,
         noteFeature(name, value);
         return;
     }
-    if (record.item == nullptr || IsSilentAttribute(Kind::Group, name)) {
+    // An id or a class is no property a declaration may set; the selectors view them.
+    if (record.item == nullptr || IsSilentAttribute(Kind::Group, name) || name == "id" ||
+        name == "class") {
         return;
     }
     const XmlAttribute attribute{name, std::string_view(), value};
@@ -572,6 +658,7 @@ bool StandardReader::endElement() {
     }
     const Open open = mOpen.back();
     mOpen.pop_back();
+    mNamespaces.resize(open.namespaces);
     if (open.record != kNone) {
         mRecords[open.record].end = static_cast<std::uint32_t>(mRecords.size());
     }
@@ -678,13 +765,26 @@ bool StandardReader::parsePaint(std::string_view value, std::string& text, bool&
     return false;
 }
 
+void StandardReader::warnUnsupportedSelectors() {
+    const std::vector<std::string>& skipped = mSheet.unsupported();
+    if (skipped.empty()) {
+        return;
+    }
+    std::string names;
+    constexpr std::size_t kNamed = 8;
+    for (std::size_t i = 0; i < skipped.size() && i < kNamed; ++i) {
+        names += (i > 0 ? ", " : "") + Quoted(skipped[i]);
+    }
+    if (skipped.size() > kNamed) {
+        names += " and " + std::to_string(skipped.size() - kNamed) + " more";
+    }
+    mLoader.reportWarning("Ignore style rules that are not supported: " + names);
+}
+
 bool StandardReader::finish(ItemInterfacePointer<ItemInterface>& out) {
     mOriginalRecords = mRecords.size();
     mSheet.parse(mSheetText);
-    if (!mSheet.firstUnsupported().empty()) {
-        warnOnce("selector", "Ignore style rule " + Quoted(mSheet.firstUnsupported()) +
-                                 ": only element, class and id selectors are applied");
-    }
+    warnUnsupportedSelectors();
     applyStyles();
     if (!expandUses()) {
         return false;

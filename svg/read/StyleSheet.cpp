@@ -46,6 +46,19 @@ std::size_t closingBrace(std::string_view text, std::size_t from) {
     return std::string_view::npos;
 }
 
+bool isSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f';
+}
+
+// The length of the name at the front of `text`.
+std::size_t nameLength(std::string_view text) {
+    std::size_t i = 0;
+    while (i < text.size() && isNameChar(text[i])) {
+        ++i;
+    }
+    return i;
+}
+
 bool hasClass(std::string_view classes, std::string_view name) {
     std::size_t i = 0;
     while (i < classes.size()) {
@@ -119,44 +132,178 @@ void ForEachDeclaration(
     }
 }
 
-bool StyleSheet::parseSelector(std::string_view text, Selector& selector) const {
-    text = TrimSpace(text);
-    if (text.empty()) {
-        return false;
+namespace {
+
+// Whether a "@media" query list applies to a picture on a screen: a query of "all" or "screen"
+// without conditions.
+bool mediaApplies(std::string_view queries) {
+    while (!queries.empty()) {
+        const std::size_t comma = queries.find(',');
+        std::string_view query = TrimSpace(queries.substr(0, comma));
+        if (query.substr(0, 5) == "only ") {
+            query = TrimSpace(query.substr(5));
+        }
+        if (query.empty() || EqualsLowerCase(query, "all") || EqualsLowerCase(query, "screen")) {
+            return true;
+        }
+        queries = comma == std::string_view::npos ? std::string_view() : queries.substr(comma + 1);
     }
+    return false;
+}
+
+// At-rules that define nothing a static picture draws: left out without a word.
+bool isSilentAtRule(std::string_view name) {
+    for (const std::string_view silent : {"font-face", "keyframes", "-webkit-keyframes", "page",
+                                          "counter-style", "property", "font-feature-values"}) {
+        if (EqualsLowerCase(name, silent)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool attributeMatches(std::string_view value, char operation, std::string_view wanted) {
+    switch (operation) {
+        case 0:
+            return true;
+        case '=':
+            return value == wanted;
+        case '~':
+            return !wanted.empty() && hasClass(value, wanted);
+        case '|':
+            return value == wanted || (value.substr(0, wanted.size()) == wanted &&
+                                       value.size() > wanted.size() && value[wanted.size()] == '-');
+        case '^':
+            return !wanted.empty() && value.substr(0, wanted.size()) == wanted;
+        case '$':
+            return !wanted.empty() && value.size() >= wanted.size() &&
+                   value.substr(value.size() - wanted.size()) == wanted;
+        default:  // '*'
+            return !wanted.empty() && value.find(wanted) != std::string_view::npos;
+    }
+}
+
+}  // namespace
+
+// One compound: a type or "*", then classes, ids, attribute tests and ":first-child".
+bool StyleSheet::parseCompound(std::string_view text, Compound& compound, std::uint32_t& ids,
+                               std::uint32_t& classes, std::uint32_t& types) const {
     std::size_t i = 0;
-    if (text[0] == '*') {
+    if (!text.empty() && text[0] == '*') {
         i = 1;
     } else {
-        while (i < text.size() && isNameChar(text[i])) {
-            ++i;
-        }
-        selector.tag = std::string(text.substr(0, i));
+        i = nameLength(text);
+        compound.tag = std::string(text.substr(0, i));
+        types += i > 0 ? 1 : 0;
     }
-    std::uint32_t ids = 0;
-    std::uint32_t classes = 0;
     while (i < text.size()) {
         const char kind = text[i++];
-        const std::size_t begin = i;
-        while (i < text.size() && isNameChar(text[i])) {
-            ++i;
+        if (kind == '[') {
+            const std::size_t close = text.find(']', i);
+            if (close == std::string_view::npos) {
+                return false;
+            }
+            std::string_view inside = TrimSpace(text.substr(i, close - i));
+            i = close + 1;
+            AttributeTest test;
+            const std::size_t length = nameLength(inside);
+            test.name = std::string(inside.substr(0, length));
+            inside = TrimSpace(inside.substr(length));
+            if (test.name.empty()) {
+                return false;
+            }
+            if (!inside.empty()) {
+                const std::size_t equals = inside.find('=');
+                if (equals > 1) {
+                    return false;
+                }
+                test.operation = equals == 0 ? '=' : inside[0];
+                if (std::string_view("=~|^$*").find(test.operation) == std::string_view::npos) {
+                    return false;
+                }
+                std::string_view value = TrimSpace(inside.substr(equals + 1));
+                if (value.size() >= 2 && (value[0] == '"' || value[0] == '\'') &&
+                    value.back() == value[0]) {
+                    value = value.substr(1, value.size() - 2);
+                } else if (value.empty() || nameLength(value) != value.size()) {
+                    return false;
+                }
+                test.value = std::string(value);
+            }
+            compound.attributes.push_back(std::move(test));
+            ++classes;
+            continue;
         }
-        if (i == begin || (kind != '.' && kind != '#')) {
+        if (kind == ':') {
+            if (text.substr(i, 11) != "first-child" || nameLength(text.substr(i)) != 11) {
+                return false;  // other pseudo-classes, pseudo-elements
+            }
+            i += 11;
+            compound.firstChild = true;
+            ++classes;
+            continue;
+        }
+        const std::size_t length = nameLength(text.substr(i));
+        if (length == 0 || (kind != '.' && kind != '#')) {
             return false;
         }
-        const std::string name(text.substr(begin, i - begin));
+        const std::string name(text.substr(i, length));
+        i += length;
         if (kind == '.') {
-            selector.classes.push_back(name);
+            compound.classes.push_back(name);
             ++classes;
-        } else if (selector.id.empty() || selector.id == name) {
-            selector.id = name;
+        } else if (compound.id.empty() || compound.id == name) {
+            compound.id = name;
             ++ids;
         } else {
             return false;  // two different ids never match
         }
     }
-    const std::uint32_t types = selector.tag.empty() ? 0 : 1;
-    selector.specificity = std::min(ids, 255u) << 16 | std::min(classes, 255u) << 8 | types;
+    return true;
+}
+
+// A complex selector: compounds joined by white space (descendant) or ">" (child).
+bool StyleSheet::parseSelector(std::string_view text, Rule& rule) const {
+    std::uint32_t ids = 0;
+    std::uint32_t classes = 0;
+    std::uint32_t types = 0;
+    bool child = false;
+    text = TrimSpace(text);
+    while (!text.empty()) {
+        // A compound runs to white space or ">" outside an attribute selector's brackets.
+        std::size_t end = 0;
+        for (bool bracket = false; end < text.size(); ++end) {
+            const char c = text[end];
+            bracket = c == '[' ? true : c == ']' ? false : bracket;
+            if (!bracket && (isSpace(c) || c == '>' || c == '+' || c == '~')) {
+                break;
+            }
+        }
+        Compound compound;
+        if (end == 0 || !parseCompound(text.substr(0, end), compound, ids, classes, types)) {
+            return false;
+        }
+        compound.childOfNext = child;
+        rule.compounds.push_back(std::move(compound));
+        text = TrimSpace(text.substr(end));
+        child = !text.empty() && text[0] == '>';
+        if (!text.empty() && (text[0] == '+' || text[0] == '~')) {
+            return false;  // sibling combinators
+        }
+        if (child) {
+            text = TrimSpace(text.substr(1));
+            if (text.empty()) {
+                return false;
+            }
+        }
+    }
+    if (rule.compounds.empty() || rule.compounds.size() > 32) {
+        return false;
+    }
+    // The subject first; each compound's flag says how it joins the compound on its left.
+    std::reverse(rule.compounds.begin(), rule.compounds.end());
+    rule.specificity =
+        std::min(ids, 255u) << 16 | std::min(classes, 255u) << 8 | std::min(types, 255u);
     return true;
 }
 
@@ -174,12 +321,12 @@ void StyleSheet::addRules(std::string_view selectors, std::string_view block) {
         }
         Rule rule;
         const std::string_view text = selectors.substr(start, end - start);
-        if (parseSelector(text, rule.selector)) {
+        if (parseSelector(text, rule)) {
             rule.declarations = first;
             rule.count = count;
             mRules.push_back(std::move(rule));
-        } else if (mFirstUnsupported.empty()) {
-            mFirstUnsupported = std::string(TrimSpace(text));
+        } else if (!TrimSpace(text).empty()) {
+            mUnsupported.emplace_back(TrimSpace(text));
         }
         start = end + 1;
     }
@@ -187,7 +334,12 @@ void StyleSheet::addRules(std::string_view selectors, std::string_view block) {
 
 void StyleSheet::parse(std::string_view sheet) {
     const std::string text = withoutComments(sheet);
-    std::string_view rest(text);
+    parseBlocks(text, 0);
+}
+
+// Rules and at-rules in order; "@media" blocks that apply are read as rules of their own, to a
+// bounded depth.
+void StyleSheet::parseBlocks(std::string_view rest, int depth) {
     while (true) {
         rest = TrimSpace(rest);
         // The markers that hide a sheet from older XML readers are no part of it.
@@ -212,12 +364,17 @@ void StyleSheet::parse(std::string_view sheet) {
         const std::size_t close = closingBrace(rest, open + 1);
         const std::string_view block = rest.substr(
             open + 1, (close == std::string_view::npos ? rest.size() : close) - open - 1);
-        if (rest[0] == '@') {
-            if (mFirstUnsupported.empty()) {
-                mFirstUnsupported = std::string(TrimSpace(rest.substr(0, open)));
+        const std::string_view prelude = TrimSpace(rest.substr(0, open));
+        if (prelude.substr(0, 1) == "@") {
+            const std::string_view name = prelude.substr(1, nameLength(prelude.substr(1)));
+            if (EqualsLowerCase(name, "media") && depth < 4 &&
+                mediaApplies(prelude.substr(1 + name.size()))) {
+                parseBlocks(block, depth + 1);
+            } else if (!isSilentAtRule(name)) {
+                mUnsupported.emplace_back(prelude);
             }
         } else {
-            addRules(rest.substr(0, open), block);
+            addRules(prelude, block);
         }
         if (close == std::string_view::npos) {
             return;
@@ -226,19 +383,82 @@ void StyleSheet::parse(std::string_view sheet) {
     }
 }
 
-void StyleSheet::match(std::string_view tag, std::string_view classes, std::string_view id,
+bool StyleSheet::matches(const Rule& rule, const std::vector<CssElement>& elements,
+                         const std::vector<CssAttribute>& attributes, std::uint32_t element) const {
+    const auto compoundMatches = [&](const Compound& c, const CssElement& e) {
+        if ((!c.tag.empty() && c.tag != e.tag) || (!c.id.empty() && c.id != e.id) ||
+            (c.firstChild && !e.firstChild)) {
+            return false;
+        }
+        for (const std::string& name : c.classes) {
+            if (!hasClass(e.classes, name)) {
+                return false;
+            }
+        }
+        for (const AttributeTest& test : c.attributes) {
+            const auto begin = attributes.begin() + e.attributes;
+            const auto end = begin + (e.attributesKnown ? e.attributeCount : 0);
+            if (std::none_of(begin, end, [&](const CssAttribute& a) {
+                    return a.name == test.name &&
+                           attributeMatches(a.value, test.operation, test.value);
+                })) {
+                return false;
+            }
+        }
+        return true;
+    };
+    if (!compoundMatches(rule.compounds[0], elements[element])) {
+        return false;
+    }
+    if (rule.compounds.size() == 1) {
+        return true;
+    }
+    // The chain of ancestors from the element up; reached[i] tells whether the compounds so far
+    // can match with the last of them at ancestor i.
+    mAncestors.clear();
+    for (std::uint32_t a = element; a != CssElement::kNone; a = elements[a].parent) {
+        mAncestors.push_back(a);
+    }
+    const std::size_t n = mAncestors.size();
+    mReached.assign(n, 0);
+    mReached[0] = 1;
+    for (std::size_t j = 1; j < rule.compounds.size(); ++j) {
+        const Compound& compound = rule.compounds[j];
+        const auto at = [&](std::size_t i) {
+            return compoundMatches(compound, elements[mAncestors[i]]);
+        };
+        bool any = false;
+        if (rule.compounds[j - 1].childOfNext) {
+            // Downwards, so that reached[i - 1] still holds the previous compound's answer.
+            for (std::size_t i = n; i-- > 0;) {
+                mReached[i] = i > 0 && mReached[i - 1] != 0 && at(i);
+                any = any || mReached[i] != 0;
+            }
+        } else {
+            bool below = false;
+            for (std::size_t i = 0; i < n; ++i) {
+                const bool was = mReached[i] != 0;
+                mReached[i] = below && at(i);
+                below = below || was;
+                any = any || mReached[i] != 0;
+            }
+        }
+        if (!any) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void StyleSheet::match(const std::vector<CssElement>& elements,
+                       const std::vector<CssAttribute>& attributes, std::uint32_t element,
                        std::vector<const CssDeclaration*>& out) const {
     out.clear();
     auto& matching = mMatching;
     matching.clear();
     for (std::size_t i = 0; i < mRules.size(); ++i) {
-        const Selector& s = mRules[i].selector;
-        const bool matches =
-            (s.tag.empty() || s.tag == tag) && (s.id.empty() || s.id == id) &&
-            std::all_of(s.classes.begin(), s.classes.end(),
-                        [&](const std::string& name) { return hasClass(classes, name); });
-        if (matches) {
-            matching.emplace_back(std::uint64_t(s.specificity) << 32 | i, &mRules[i]);
+        if (matches(mRules[i], elements, attributes, element)) {
+            matching.emplace_back(std::uint64_t(mRules[i].specificity) << 32 | i, &mRules[i]);
         }
     }
     std::sort(matching.begin(), matching.end(),
@@ -250,10 +470,11 @@ void StyleSheet::match(std::string_view tag, std::string_view classes, std::stri
     }
 }
 
-bool StyleSheet::matchesEvery(std::string_view tag) const {
+bool StyleSheet::mayMatchWithoutClassOrId(std::string_view tag) const {
     return std::any_of(mRules.begin(), mRules.end(), [&](const Rule& rule) {
-        const Selector& s = rule.selector;
-        return (s.tag.empty() || s.tag == tag) && s.id.empty() && s.classes.empty();
+        const Compound& subject = rule.compounds[0];
+        return (subject.tag.empty() || subject.tag == tag) && subject.id.empty() &&
+               subject.classes.empty();
     });
 }
 

@@ -92,14 +92,20 @@ private:
         // (each visit of an item is a cache miss in a large document).
         bool selectable = false;  // has a class or an id
         bool resolves = false;    // see resolvesOnItem
+        bool firstChild = false;  // the first element in its parent
+        bool attributesKnown = false;
+        std::uint32_t attributes = 0;  // the first of them in mKeptAttributes
+        std::uint32_t attributeCount = 0;
     };
 
     // An open element that was not skipped.
     struct Open {
         Kind kind;
         std::uint32_t record = kNone;
-        bool viewport = false;  // pushed a viewport for the percentages of its content
-        bool taken = false;     // a switch that has drawn its child
+        bool viewport = false;         // pushed a viewport for the percentages of its content
+        bool taken = false;            // a switch that has drawn its child
+        std::uint32_t children = 0;    // elements started inside it so far
+        std::uint32_t namespaces = 0;  // the namespace bindings before its own
     };
 
     // Attributes of the element being read that the tree has no field for.
@@ -128,7 +134,22 @@ private:
         std::string preserveAspectRatio;
     };
 
+    enum class Namespace : std::uint8_t { Svg, XLink, Xml, Other };
+    struct Binding {
+        std::string prefix;  // empty for the default namespace
+        Namespace space;
+    };
+    // An attribute kept for the selectors of a style sheet, in mTexts.
+    struct KeptAttribute {
+        std::uint32_t name, nameLength, value, valueLength;
+    };
+
     // Reading.
+    tq::xml::StartElementResult startSvgElement(
+        std::string_view tag, const std::vector<tq::xml::XmlAttribute>& attributes);
+    void bindNamespaces(const std::vector<tq::xml::XmlAttribute>& attributes);
+    Namespace namespaceOf(std::string_view prefix) const;
+    void keepAttributes(Record& record, const std::vector<tq::xml::XmlAttribute>& attributes);
     tq::xml::StartElementResult startItem(Kind kind, std::string_view name,
                                           const std::vector<tq::xml::XmlAttribute>& attributes);
     std::shared_ptr<ItemInterface> createItem(Kind kind) const;
@@ -150,7 +171,10 @@ private:
     std::uint32_t parentRecord() const;
 
     // The passes.
+    void warnUnsupportedSelectors();
     void applyStyles();
+    void selectorElements(std::vector<CssElement>& elements,
+                          std::vector<CssAttribute>& attributes) const;
     bool expandUses();
     bool expandUse(const Use& use);
     bool insideDefinitions(std::uint32_t record) const;
@@ -164,6 +188,9 @@ private:
     Loader& mLoader;
     std::vector<Record> mRecords;
     std::vector<Open> mOpen;
+    std::vector<Binding> mNamespaces;  // in scope, innermost last
+    bool mFirstChild = false;          // the element being read is its parent's first
+    bool mSheetSeen = false;           // a style element was read
     std::vector<Use> mUses;
     std::vector<Gradient> mGradients;
     std::unordered_map<std::string, std::uint32_t> mIds;       // id -> record
@@ -174,10 +201,11 @@ private:
     std::unordered_map<std::uint32_t, SymbolView> mSymbols;  // by record
     std::unordered_map<std::uint32_t, std::size_t> mUseOfRecord;
     std::vector<std::uint32_t> mHidden;  // records whose items the last pass removes
-    // Texts that records refer to by index. Style attributes grow only while elements are read,
-    // never in the passes that read them back, so a view of one stays valid while its
-    // declarations are applied (applying "color" adds to mColours, not to mStyles).
-    std::string mStyles;
+    // Texts that records refer to by index: style attributes and kept attributes. It grows only
+    // while elements are read, never in the passes that read it back, so a view into it stays
+    // valid while declarations are applied (applying "color" adds to mColours instead).
+    std::string mTexts;
+    std::vector<KeptAttribute> mKeptAttributes;
     std::vector<std::string> mColours;
     std::string mSheetText;
     StyleSheet mSheet;

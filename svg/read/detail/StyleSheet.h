@@ -1,9 +1,10 @@
-// Simple CSS style sheets for the standard reading profile (internal).
+// CSS style sheets for the standard reading profile (internal).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,46 +25,88 @@ struct CssDeclaration {
     bool important = false;
 };
 
-// The rules of style sheets whose selectors are element names, ".class", "#id", "*" and their
-// compounds ("path.a#b"), in comma lists. Rules with any other selector (descendants, children,
-// attributes, pseudo-classes) and at-rules (@media, @import, ...) are left out: they are
-// counted, and the first such selector is kept for a warning. Never fetches anything.
+// An attribute as an element carries it, for attribute selectors.
+struct CssAttribute {
+    std::string_view name;
+    std::string_view value;
+};
+
+// One element as selectors see it. Elements name their parent by its index in the same array,
+// which comes first; attributes are a range of an attribute array. An element whose attributes
+// were not kept (`attributesKnown` false) matches no attribute selector.
+struct CssElement {
+    static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+
+    std::string_view tag;
+    std::string_view id;
+    std::string_view classes;  // the class attribute, a list separated by white space
+    std::uint32_t parent = kNone;
+    std::uint32_t attributes = 0;
+    std::uint32_t attributeCount = 0;
+    bool firstChild = false;
+    bool attributesKnown = true;
+};
+
+// The rules of a style sheet whose selectors are built from type selectors, "*", ".class",
+// "#id", attribute selectors ("[a]", "[a=v]", "[a~=v]", "[a|=v]", "[a^=v]", "[a$=v]",
+// "[a*=v]") and ":first-child", joined by the descendant and child combinators, in comma
+// lists. Rules with any other selector (sibling combinators, other pseudo-classes, pseudo-
+// elements) are left out and named by unsupported(); "@media" blocks for the screen apply, other
+// at-rules are left out (named too, unless they define nothing drawn, as "@font-face" and
+// "@import" do). Never fetches anything.
 class StyleSheet {
 public:
     void parse(std::string_view text);
     bool empty() const { return mRules.empty(); }
 
-    // The declarations of the rules that match an element, in cascade order: by specificity,
-    // then by the order of the sheet. `classes` is the class attribute, a space-separated list.
-    void match(std::string_view tag, std::string_view classes, std::string_view id,
-               std::vector<const CssDeclaration*>& out) const;
+    // The declarations of the rules that match `elements[element]`, in cascade order: by
+    // specificity, then by the order of the sheet.
+    void match(const std::vector<CssElement>& elements, const std::vector<CssAttribute>& attributes,
+               std::uint32_t element, std::vector<const CssDeclaration*>& out) const;
 
-    // Whether some rule applies to every element named `tag`, whatever its class and id.
-    bool matchesEvery(std::string_view tag) const;
+    // Whether some rule may match an element named `tag` that has no class and no id.
+    bool mayMatchWithoutClassOrId(std::string_view tag) const;
 
-    const std::string& firstUnsupported() const { return mFirstUnsupported; }
+    // The selectors and at-rules that were left out, in the order of the sheet.
+    const std::vector<std::string>& unsupported() const { return mUnsupported; }
 
 private:
-    struct Selector {
-        std::string tag;  // empty or "*" for any element
-        std::vector<std::string> classes;
-        std::string id;
-        std::uint32_t specificity = 0;
+    struct AttributeTest {
+        std::string name;
+        char operation = 0;  // 0 present, or the character before "=" ('=' for equality)
+        std::string value;
     };
+    struct Compound {
+        std::string tag;  // empty for any element
+        std::string id;
+        std::vector<std::string> classes;
+        std::vector<AttributeTest> attributes;
+        bool firstChild = false;
+        bool childOfNext = false;  // joined by ">", not white space, to the compound on its left
+    };
+    // Compounds from the right: the subject first.
     struct Rule {
-        Selector selector;
+        std::vector<Compound> compounds;
+        std::uint32_t specificity = 0;
         std::size_t declarations = 0;  // first of them in mDeclarations
         std::size_t count = 0;
     };
 
-    bool parseSelector(std::string_view text, Selector& selector) const;
+    bool parseSelector(std::string_view text, Rule& rule) const;
+    bool parseCompound(std::string_view text, Compound& compound, std::uint32_t& ids,
+                       std::uint32_t& classes, std::uint32_t& types) const;
     void addRules(std::string_view selectors, std::string_view block);
+    void parseBlocks(std::string_view text, int depth);
+    bool matches(const Rule& rule, const std::vector<CssElement>& elements,
+                 const std::vector<CssAttribute>& attributes, std::uint32_t element) const;
 
     std::vector<Rule> mRules;
     std::vector<CssDeclaration> mDeclarations;
-    std::string mFirstUnsupported;
-    // Working space of match: the matching rules by specificity and position.
+    std::vector<std::string> mUnsupported;
+    // Working space of match and matches.
     mutable std::vector<std::pair<std::uint64_t, const Rule*>> mMatching;
+    mutable std::vector<std::uint32_t> mAncestors;
+    mutable std::vector<char> mReached;
 };
 
 }  // namespace tq::svg::detail

@@ -250,7 +250,8 @@ StartElementResult StandardReader::startItem(Kind kind, std::string_view name,
         mIds.emplace(*id, index);
     }
     if (kind == Kind::Use) {
-        Use use{index, std::move(scratch.href), {}, {}};
+        const Viewport viewport = mViewports.empty() ? Viewport() : mViewports.back();
+        Use use{index, std::move(scratch.href), viewport.width, viewport.height};
         float length = 0.0f;
         if (!scratch.width.empty() && parseLength("width", scratch.width, length)) {
             use.width = length;
@@ -414,6 +415,8 @@ bool StandardReader::readOwnAttribute(Kind kind, std::string_view name, std::str
         slot = &scratch.viewBox;
     } else if (name == "preserveAspectRatio") {
         slot = &scratch.preserveAspectRatio;
+    } else if (name == "overflow") {
+        slot = &scratch.overflow;
     }
     if (slot == nullptr) {
         return name == "xmlns" && !root;  // repeated by nested svg elements
@@ -501,49 +504,18 @@ std::shared_ptr<ItemInterface> StandardReader::finishItem(Kind kind, std::uint32
     };
     const Viewport parentViewport = mViewports.empty() ? Viewport() : mViewports.back();
     switch (kind) {
-        case Kind::Svg: {
-            Viewport viewport;
-            std::optional<BoundingBox> viewBox;
+        case Kind::Svg:
             if (auto* document = dynamic_cast<Document*>(item.get())) {
-                // The root: its width and height give the view box when it has none.
-                LengthUnit unit = LengthUnit::None;
-                float w = 0.0f;
-                float h = 0.0f;
-                if (!document->getViewbox() && ParseCssLength(s.width, w, unit) &&
-                    unit != LengthUnit::Percent && ParseCssLength(s.height, h, unit) &&
-                    unit != LengthUnit::Percent) {
-                    w = length("width", s.width, 0.0f);
-                    h = length("height", s.height, 0.0f);
-                    if (w > 0.0f && h > 0.0f) {
-                        document->editViewbox() =
-                            BoundingBox(Wm4::Vector2f::ZERO, Wm4::Vector2f(w, h));
-                    }
-                }
-                viewBox = document->getViewbox();
+                mViewports.push_back(rootViewport(*document, s));
             } else {
-                // A nested viewport: its viewBox fitted into x, y, width, height.
-                viewBox = readViewBox(s.viewBox);
-                const float x = length("x", s.x, 0.0f);
-                const float y = length("y", s.y, 0.0f);
-                const float w = length("width", s.width, parentViewport.width);
-                const float h = length("height", s.height, parentViewport.height);
-                AppendTransform(
-                    *item, viewBox ? ViewBoxTransform(*viewBox, x, y, w, h, s.preserveAspectRatio)
-                                   : Translation(x, y));
-                viewport.width = w;
-                viewport.height = h;
+                mViewports.push_back(nestedViewport(index, *item, s, parentViewport));
             }
-            if (viewBox && viewBox->isValid()) {
-                viewport.width = viewBox->getWidth();
-                viewport.height = viewBox->getHeight();
-            }
-            mViewports.push_back(viewport);
             break;
-        }
         case Kind::Symbol: {
             SymbolView& view = mSymbols[index];
             view.preserveAspectRatio = std::string(s.preserveAspectRatio);
             view.viewBox = readViewBox(s.viewBox);
+            view.clips = clips(s.overflow);
             break;
         }
         case Kind::Use:
@@ -638,6 +610,83 @@ void StandardReader::addStop(const std::vector<XmlAttribute>& attributes) {
     ParseOpacity(opacityText, opacity);
     colour.a = static_cast<unsigned char>(std::lround(colour.a * opacity));
     mGradients.back().stops.push_back(colour);
+}
+
+// The root's width and height are the picture's size: the viewBox is fitted into it (a missing
+// side follows the viewBox's proportions), and without a viewBox they give it. Percentages in
+// the content refer to the viewBox, the user space the content is written in.
+StandardReader::Viewport StandardReader::rootViewport(Document& document, const Scratch& s) {
+    const auto absolute = [this](std::string_view name, std::string_view text) {
+        float number = 0.0f;
+        LengthUnit unit = LengthUnit::None;
+        float length = 0.0f;
+        const bool usable = !text.empty() && ParseCssLength(text, number, unit) &&
+                            unit != LengthUnit::Percent && parseLength(name, text, length) &&
+                            length > 0.0f;
+        if (!text.empty() && !usable && unit != LengthUnit::Percent) {
+            mLoader.reportWarning("Ignore Invalid attribute " + Quoted(name) + " with value " +
+                                  Quoted(text));
+        }
+        return usable ? std::optional<float>(length) : std::nullopt;
+    };
+    std::optional<float> width = absolute("width", s.width);
+    std::optional<float> height = absolute("height", s.height);
+    const std::optional<BoundingBox> viewBox = document.getViewbox();
+    const bool boxed =
+        viewBox && viewBox->isValid() && viewBox->getWidth() > 0.0f && viewBox->getHeight() > 0.0f;
+    if (boxed && width && !height) {
+        height = *width * viewBox->getHeight() / viewBox->getWidth();
+    } else if (boxed && height && !width) {
+        width = *height * viewBox->getWidth() / viewBox->getHeight();
+    }
+    Viewport viewport;
+    if (width && height) {
+        if (boxed) {
+            AppendTransform(document, ViewBoxTransform(*viewBox, 0.0f, 0.0f, *width, *height,
+                                                       s.preserveAspectRatio));
+        }
+        document.editViewbox() = BoundingBox(Wm4::Vector2f::ZERO, Wm4::Vector2f(*width, *height));
+        viewport = {*width, *height};
+    }
+    if (boxed) {
+        viewport = {viewBox->getWidth(), viewBox->getHeight()};
+    }
+    return viewport;
+}
+
+// A nested svg element: its viewBox fitted into x, y, width and height (100 % by default), which
+// clip what it draws unless its overflow is visible.
+StandardReader::Viewport StandardReader::nestedViewport(std::uint32_t index, ItemInterface& item,
+                                                        const Scratch& s, const Viewport& parent) {
+    const auto length = [this](std::string_view name, std::string_view text, float fallback) {
+        float value = fallback;
+        if (!text.empty() && !parseLength(name, text, value)) {
+            mLoader.reportWarning("Ignore Invalid attribute " + Quoted(name) + " with value " +
+                                  Quoted(text));
+            value = fallback;
+        }
+        return value;
+    };
+    const std::optional<BoundingBox> viewBox = readViewBox(s.viewBox);
+    const float x = length("x", s.x, 0.0f);
+    const float y = length("y", s.y, 0.0f);
+    const float w = length("width", s.width, parent.width);
+    const float h = length("height", s.height, parent.height);
+    AppendTransform(item, viewBox ? ViewBoxTransform(*viewBox, x, y, w, h, s.preserveAspectRatio)
+                                  : Translation(x, y));
+    if (clips(s.overflow)) {
+        mClips.push_back({index, BoundingBox(Wm4::Vector2f(x, y), Wm4::Vector2f(x + w, y + h))});
+    }
+    if (viewBox && viewBox->isValid()) {
+        return {viewBox->getWidth(), viewBox->getHeight()};
+    }
+    return {w, h};
+}
+
+// Whether a viewport with this overflow clips its content ("hidden" by default).
+bool StandardReader::clips(std::string_view overflow) {
+    overflow = TrimSpace(overflow);
+    return !EqualsLowerCase(overflow, "visible") && !EqualsLowerCase(overflow, "auto");
 }
 
 std::optional<BoundingBox> StandardReader::readViewBox(std::string_view text) const {
@@ -789,6 +838,7 @@ bool StandardReader::finish(ItemInterfacePointer<ItemInterface>& out) {
     if (!expandUses()) {
         return false;
     }
+    warnClipping();
     resolveInherited();
     removeHidden();
     out = mRoot;  // none when the root element was not one the profile reads

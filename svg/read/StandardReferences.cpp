@@ -1,6 +1,7 @@
 // The standard reader's references: each "use" expanded into a copy of what it references.
 #include <algorithm>
 
+#include "svg/geometry/ComputeEstimatedBoundingBox.h"
 #include "svg/model/Circle.h"
 #include "svg/model/Document.h"
 #include "svg/model/Image.h"
@@ -91,6 +92,27 @@ bool StandardReader::expandUses() {
     return true;
 }
 
+// Clipping to a viewport is not drawn; said once, and only when some drawn content reaches
+// past its viewport.
+void StandardReader::warnClipping() {
+    for (const Clip& clip : mClips) {
+        if (insideDefinitions(clip.record)) {
+            continue;
+        }
+        BoundingBox box;
+        ComputeEstimatedBoundingBox(*mRecords[clip.record].item, box, nullptr, nullptr);
+        const Wm4::Vector2f slack = (clip.viewport.max - clip.viewport.min) * 1e-4f;
+        if (box.isValid() && (box.min.X() < clip.viewport.min.X() - slack.X() ||
+                              box.min.Y() < clip.viewport.min.Y() - slack.Y() ||
+                              box.max.X() > clip.viewport.max.X() + slack.X() ||
+                              box.max.Y() > clip.viewport.max.Y() + slack.Y())) {
+            mLoader.reportWarning(
+                "Ignore clipping: content reaching past a nested viewport is drawn unclipped");
+            return;
+        }
+    }
+}
+
 bool StandardReader::insideDefinitions(std::uint32_t record) const {
     if (record >= mOriginalRecords) {
         return false;
@@ -139,13 +161,17 @@ bool StandardReader::expandUse(const Use& use) {
     }
     // A symbol is drawn as a viewport: its viewBox fitted into the use's width and height.
     const auto symbol = mSymbols.find(target);
-    if (symbol != mSymbols.end() && symbol->second.viewBox) {
-        const BoundingBox& viewBox = *symbol->second.viewBox;
-        AppendTransform(
-            *mRecords[copy].item,
-            ViewBoxTransform(viewBox, 0.0f, 0.0f, use.width.value_or(viewBox.getWidth()),
-                             use.height.value_or(viewBox.getHeight()),
-                             symbol->second.preserveAspectRatio));
+    if (symbol != mSymbols.end()) {
+        const SymbolView& view = symbol->second;
+        if (view.viewBox) {
+            AppendTransform(*mRecords[copy].item,
+                            ViewBoxTransform(*view.viewBox, 0.0f, 0.0f, use.width, use.height,
+                                             view.preserveAspectRatio));
+        }
+        if (view.clips) {
+            mClips.push_back(
+                {copy, BoundingBox(Wm4::Vector2f::ZERO, Wm4::Vector2f(use.width, use.height))});
+        }
     }
     return true;
 }

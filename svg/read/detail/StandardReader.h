@@ -43,6 +43,7 @@
 
 namespace tq::svg {
 
+class Document;
 class Loader;
 class Node;
 
@@ -111,7 +112,8 @@ private:
     // Attributes of the element being read that the tree has no field for.
     struct Scratch {
         std::string href;
-        std::string_view x, y, width, height, cx, cy, rx, ry, points, viewBox, preserveAspectRatio;
+        std::string_view x, y, width, height, cx, cy, rx, ry, points, viewBox, preserveAspectRatio,
+            overflow;
     };
 
     struct Gradient {
@@ -122,8 +124,9 @@ private:
     struct Use {
         std::uint32_t record;
         std::string target;
-        // For a symbol: the viewport its viewBox is fitted into, when given.
-        std::optional<float> width, height;
+        // For a symbol: the viewport its viewBox is fitted into, 100 % of the use's viewport
+        // unless given.
+        float width, height;
     };
     struct Viewport {
         float width = 100.0f;
@@ -132,6 +135,12 @@ private:
     struct SymbolView {
         std::optional<BoundingBox> viewBox;
         std::string preserveAspectRatio;
+        bool clips = true;
+    };
+    // A viewport that clips what it draws, in the coordinates its item is placed in.
+    struct Clip {
+        std::uint32_t record;
+        BoundingBox viewport;
     };
 
     enum class Namespace : std::uint8_t { Svg, XLink, Xml, Other };
@@ -162,6 +171,11 @@ private:
                                               std::shared_ptr<ItemInterface> item,
                                               Scratch& scratch);
     std::optional<BoundingBox> readViewBox(std::string_view text) const;
+    Viewport rootViewport(Document& document, const Scratch& s);
+    Viewport nestedViewport(std::uint32_t index, ItemInterface& item, const Scratch& s,
+                            const Viewport& parent);
+    static bool clips(std::string_view overflow);
+    void warnClipping();
     void startGradient(const std::vector<tq::xml::XmlAttribute>& attributes);
     void addStop(const std::vector<tq::xml::XmlAttribute>& attributes);
     bool conditionsHold(const std::vector<tq::xml::XmlAttribute>& attributes) const;
@@ -199,6 +213,7 @@ private:
     std::vector<std::shared_ptr<ItemInterface>> mDetached;  // definitions, kept for references
     std::vector<Viewport> mViewports;  // what percentages refer to, innermost last
     std::unordered_map<std::uint32_t, SymbolView> mSymbols;  // by record
+    std::vector<Clip> mClips;
     std::unordered_map<std::uint32_t, std::size_t> mUseOfRecord;
     std::vector<std::uint32_t> mHidden;  // records whose items the last pass removes
     // Texts that records refer to by index: style attributes and kept attributes. It grows only

@@ -170,6 +170,15 @@ bool Loader::dispatchAttribute(ItemInterface& item, AttributeParser parser,
     }
     const std::string tail =
         " attribute " + Quoted(qname) + " with value " + Quoted(attribute.value);
+    if (mStandard) {
+        // What no parser reads draws nothing in a browser either (editors' properties, text
+        // layout outside text, misspellings): silent. An unreadable value is said once.
+        if (result == AttributeParseResult::Invalid) {
+            mStandard->warnOnce("invalid " + qname + "=" + std::string(attribute.value),
+                                "Ignore Invalid" + tail);
+        }
+        return true;
+    }
     if (result == AttributeParseResult::Invalid) {
         if (!mIgnoreUnsupported) {
             reportError("Invalid" + tail);

@@ -380,7 +380,8 @@ bool StandardReader::readOwnAttribute(Kind kind, std::string_view name, std::str
         return true;
     }
     if (name == "color" || name == "display" || name == "visibility" || name == "clip-path" ||
-        name == "mask" || name == "filter" || name.substr(0, 6) == "marker") {
+        name == "mask" || name == "filter" || name.substr(0, 6) == "marker" ||
+        name == "paint-order" || name == "mix-blend-mode") {
         applyDeclaration(record, name, value);
         return true;
     }
@@ -447,6 +448,17 @@ void StandardReader::noteFeature(std::string_view attribute, std::string_view va
              std::string(FindElement(element)->warning));
 }
 
+// Properties that change the drawing in ways the library does not draw, said once when their
+// value is not the one that changes nothing.
+void StandardReader::noteUndrawn(std::string_view name, std::string_view value) {
+    if (name == "paint-order" && !EqualsLowerCase(value, "normal") &&
+        !EqualsLowerCase(value.substr(0, 4), "fill")) {
+        warnOnce("paint-order", "Ignore paint order: the fill is drawn under the stroke");
+    } else if (name == "mix-blend-mode" && !EqualsLowerCase(value, "normal")) {
+        warnOnce("mix-blend-mode", "Ignore blend mode: shapes are drawn over each other");
+    }
+}
+
 // One presentation value from an attribute, the style sheet or a style attribute; later ones
 // replace earlier ones, and a value that does not parse leaves the earlier one with a warning.
 void StandardReader::applyDeclaration(Record& record, std::string_view name,
@@ -479,6 +491,10 @@ void StandardReader::applyDeclaration(Record& record, std::string_view name,
     if (name == "clip-path" || name == "mask" || name == "filter" ||
         name.substr(0, 6) == "marker") {
         noteFeature(name, value);
+        return;
+    }
+    if (name == "paint-order" || name == "mix-blend-mode") {
+        noteUndrawn(name, trimmed);
         return;
     }
     // An id or a class is no property a declaration may set; the selectors view them.

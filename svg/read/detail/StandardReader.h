@@ -71,6 +71,8 @@ public:
     // The standard reading of a "fill" or "stroke" value into the text the tree keeps; false
     // for a value that is no paint. `unset` is set for "inherit".
     bool parsePaint(std::string_view value, std::string& text, bool& unset);
+    // A warning given once per key.
+    void warnOnce(const std::string& key, const std::string& message);
 
 private:
     using Kind = ElementKind;
@@ -180,7 +182,7 @@ private:
     void addStop(const std::vector<tq::xml::XmlAttribute>& attributes);
     bool conditionsHold(const std::vector<tq::xml::XmlAttribute>& attributes) const;
     void noteFeature(std::string_view attribute, std::string_view value);
-    void warnOnce(const std::string& key, const std::string& message);
+    void noteUndrawn(std::string_view name, std::string_view value);
     Node* parentNode() const;
     std::uint32_t parentRecord() const;
 

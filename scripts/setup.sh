@@ -8,7 +8,7 @@ set -euo pipefail
 
 packages=(
     cmake ninja-build g++ pkg-config
-    libxml2-dev libutfcpp-dev libcli11-dev libcairo2-dev libfast-float-dev
+    libxml2-dev zlib1g-dev libutfcpp-dev libcli11-dev libcairo2-dev libfast-float-dev
     libgtest-dev libgmock-dev libbenchmark-dev libglu1-mesa-dev librsvg2-bin
     clang-format locales python3
 )

@@ -70,7 +70,8 @@ Command AddCheckCommand(CLI::App& app) {
     CLI::App* check = app.add_subcommand(
         "check",
         "Load SVG files and print their messages (on standard error), then a summary line: "
-        "N loaded, M failed, K warnings. Directories are searched for *.svg files. Exit 1 when "
+        "N loaded, M failed, K warnings. Directories are searched for *.svg and *.svgz files. Exit "
+        "1 when "
         "a file failed to load or a directory could not be read.");
     check->add_option("inputs", o->inputs, "SVG files, directories, or - for standard input")
         ->required();

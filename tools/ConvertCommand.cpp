@@ -60,9 +60,11 @@ int convertDirectory(const ConvertOptions& o) {
     const std::size_t failed =
         RunBatch(LabelsOf(inputs), o.batch, [&](std::size_t i, JobReport& report) {
             const InputFile& input = inputs[i];
+            // The text written is plain: a compressed input's copy is named .svg.
+            const fs::path target =
+                fs::path(o.output) / fs::path(input.relative).replace_extension(".svg");
             return !ReportUnreadable(input, report) &&
-                   convertOne(input.path, (fs::path(o.output) / input.relative).string(), o, true,
-                              report, &unread[i]);
+                   convertOne(input.path, target.string(), o, true, report, &unread[i]);
         });
     std::vector<std::string> unreadFiles;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
@@ -95,11 +97,13 @@ int runConvert(const ConvertOptions& o) {
 
 Command AddConvertCommand(CLI::App& app) {
     auto o = std::make_shared<ConvertOptions>();
-    CLI::App* convert = app.add_subcommand(
-        "convert",
-        "Load an SVG file and save it again. With a directory as INPUT, every *.svg file below "
-        "it is converted to the same relative path under OUTPUT (folders are created) and a "
-        "summary line is printed.");
+    CLI::App* convert =
+        app.add_subcommand("convert",
+                           "Load an SVG file and save it again. With a directory as INPUT, every "
+                           "*.svg and *.svgz file below "
+                           "it is converted to the same relative path under OUTPUT (folders are "
+                           "created; a compressed file's copy is named .svg) and a "
+                           "summary line is printed.");
     convert->add_option("input", o->input, "SVG file, directory, or - for standard input")
         ->required();
     convert

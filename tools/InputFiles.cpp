@@ -11,7 +11,9 @@ namespace fs = std::filesystem;
 namespace {
 
 bool hasSvgExtension(const fs::path& path) {
-    return tqDirUtils::ExtractFileExtension(path.filename().string(), true, true) == "svg";
+    const std::string extension =
+        tqDirUtils::ExtractFileExtension(path.filename().string(), true, true);
+    return extension == "svg" || extension == "svgz";
 }
 
 bool isSkipped(const fs::path& directory, const std::string& skip) {

@@ -11,8 +11,8 @@ struct InputFile {
     std::string error;     // set for a directory that could not be read (path names it)
 };
 
-// Expands the arguments in order: a directory becomes the *.svg files below it (any case of the
-// extension), walked depth first in byte order of the names, without following links to
+// Expands the arguments in order: a directory becomes the *.svg and *.svgz files below it (any case
+// of the extension), walked depth first in byte order of the names, without following links to
 // directories and leaving out `skipDirectory` (an output folder inside an input one); anything
 // else, "-" included, is taken as a file. A directory that cannot be read becomes an error entry.
 std::vector<InputFile> CollectSvgFiles(const std::vector<std::string>& arguments,

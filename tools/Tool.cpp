@@ -32,15 +32,13 @@ void AppendMessages(std::string& to, const std::string& file,
 namespace {
 
 // Why a file that failed to load could not be read, in the tool's words, when the library's
-// messages do not say: the system's reason, an empty file; empty when there is none to add.
+// messages do not say: the system's reason; empty when there is none to add (an empty file the
+// library calls empty itself).
 std::string unreadReason(const std::string& file) {
     std::error_code error;
-    const auto size = std::filesystem::file_size(file, error);
-    if (error) {
+    if (std::filesystem::status(file, error).type() == std::filesystem::file_type::not_found ||
+        error) {
         return "the file could not be opened: " + error.message();
-    }
-    if (size == 0) {
-        return "the file is empty";
     }
     std::ifstream in(file, std::ios::binary);
     if (!in) {
@@ -57,7 +55,7 @@ std::string notSvgReason(const std::string& file) {
     const std::string extension = tqDirUtils::ExtractFileExtension(file, false, false);
     return (extension.empty() ? std::string("no driver reads a file without an extension")
                               : "no driver reads the extension \"" + extension + "\"") +
-           ": name it *.svg, or give it on standard input as -";
+           ": name it *.svg (or *.svgz when compressed), or give it on standard input as -";
 }
 
 }  // namespace
@@ -69,14 +67,20 @@ bool LoadFile(tq::svg::tqSvgDriver& driver, const std::string& file,
     if (file == "-") {
         StdinDevice in;
         ok = driver.loadSvg(root, in, "svg", nullptr, options);
-    } else if (driver.canLoad({nullptr, tqDirUtils::ExtractFileExtension(file, true, true)},
-                              options) == tq::svg::tqSvgDriver::CannotHandle) {
+    } else if (const std::string extension = tqDirUtils::ExtractFileExtension(file, true, true);
+               extension != "svgz" && driver.canLoad({nullptr, extension}, options) ==
+                                          tq::svg::tqSvgDriver::CannotHandle) {
         messages = {"not an .svg file", notSvgReason(file)};
         return false;
     } else {
         ok = driver.loadSvg(root, file, nullptr, options);
     }
     driver.getLastErrorsAndWarnings(messages, true);
+    // A document without a root draws nothing: every command refuses it alike.
+    if (ok && !root) {
+        messages.push_back("the document holds no element");
+        ok = false;
+    }
     if (!ok && file != "-") {
         if (std::string reason = unreadReason(file); !reason.empty()) {
             messages.push_back(std::move(reason));
@@ -92,10 +96,7 @@ bool LoadDocument(const std::string& file, const ReadingOptions& reading, RootPo
     std::list<std::string> messages;
     const bool ok = LoadFile(driver, file, options, root, messages);
     AppendMessages(err, file, messages);
-    if (ok && !root) {
-        err += file + ": the document holds no element\n";
-    }
-    return ok && root;
+    return ok;
 }
 
 bool SaveDocument(tq::svg::tqSvgDriver& driver, const tq::svg::ItemInterface& item,

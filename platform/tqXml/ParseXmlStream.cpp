@@ -118,6 +118,15 @@ private:
         }
     }
 
+    // Follows whether the input holds anything but white space, so that an empty document can be
+    // called so.
+    void noteSpace(const char* data, int64 size) {
+        for (int64 i = 0; mOnlySpace && i < size; ++i) {
+            const char c = data[i];
+            mOnlySpace = c == ' ' || c == '\t' || c == '\r' || c == '\n';
+        }
+    }
+
     void stop() {
         mStopped = true;
         if (mContext != nullptr) {
@@ -144,6 +153,8 @@ private:
     std::uint64_t mConsumed = 0;   // bytes read from the device
     std::uint64_t mDelivered = 0;  // bytes of text and attribute values handed over
     bool mStopped = false;
+    bool mElementSeen = false;
+    bool mOnlySpace = true;  // the input read so far is white space
     std::exception_ptr mException;
 };
 
@@ -160,6 +171,7 @@ void StreamParser::onEndDocument(void* ctx) {
 
 void StreamParser::onStartElement(void* ctx, const xmlChar* name, const xmlChar** attributes) {
     StreamParser& parser = self(ctx);
+    parser.mElementSeen = true;
     if (parser.mStopped) {
         return;
     }
@@ -247,7 +259,10 @@ void StreamParser::onDiagnostic(void* ctx, const char*, ...) {
     while (!message.empty() && (message.back() == '\n' || message.back() == '\r')) {
         message.pop_back();
     }
-    if (error->line > 0) {
+    if (!parser.mElementSeen && parser.mOnlySpace) {
+        // libxml2 calls nothing at all "Extra content at the end of the document".
+        message = "The document is empty";
+    } else if (error->line > 0) {
         message = "line " + std::to_string(error->line) + ", column " +
                   std::to_string(error->int2) + ": " + message;
     }
@@ -288,6 +303,7 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
         got = 0;
     }
     mConsumed += static_cast<std::uint64_t>(got);
+    noteSpace(chunk.get(), got);
     mContext = xmlCreatePushParserCtxt(&sax, nullptr, chunk.get(), 0, nullptr);
     if (mContext == nullptr) {
         mHandler.onParserMessage("Failed to create the XML parser", XmlFatalError);
@@ -311,6 +327,7 @@ bool StreamParser::run(tqIoDevice& device, const tqCancelInterface* cancel) {
         got = device.read(chunk.get(), kChunkSize);
         readFailed = got < 0;
         mConsumed += readFailed ? 0 : static_cast<std::uint64_t>(got);
+        noteSpace(chunk.get(), got);
     }
     if (readFailed && !mStopped) {
         guarded(

@@ -3,6 +3,7 @@
 #include <tqSystem/tqDirUtils.h>
 #include <tqSystem/tqIoDeviceFileStream.h>
 
+#include "svg/io/detail/InflatingDevice.h"
 #include "svg/read/detail/Loader.h"
 
 namespace tq::svg {
@@ -27,7 +28,11 @@ bool tqSvgDriver::loadSvg(ItemInterfacePointer<ItemInterface>& out, tqIoDevice& 
     const Loader::MessageCallback report = [this](const std::string& text) {
         addErrorMessage(text, -1);
     };
-    Loader loader(out, device, options, report, report);
+    detail::InflatingDevice input(device);
+    Loader loader(out, input, options, report, report);
+    if (!input.failure().empty()) {
+        addErrorMessage("The document could not be read: " + input.failure(), -1);
+    }
     return loader.getParseResult();
 }
 

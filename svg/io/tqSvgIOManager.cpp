@@ -15,6 +15,12 @@ tqCoreSvgIODriver* gBuiltinDrivers[1] = {nullptr};
 std::size_t gBuiltinDriverCount = 0;
 tq::impl::LibInitCounter gInitCounter("svg", true);
 
+// A compressed SVG file (.svgz) holds SVG: gzip content is read under the name "svg".
+std::string loadFormatOf(const std::string& fileName) {
+    const std::string extension = tqDirUtils::ExtractFileExtension(fileName, true, true);
+    return extension == "svgz" ? "svg" : extension;
+}
+
 std::string extensionOf(const std::string& fileName) {
     return tqDirUtils::ExtractFileExtension(fileName, true, true);
 }
@@ -82,7 +88,8 @@ bool tqSvgIOManager::loadSvg(ItemInterfacePointer<ItemInterface>& out, const std
     if (!started(messages)) {
         return false;
     }
-    tqCoreSvgIODriver* driver = getFirstLoadDriver({nullptr, extensionOf(fileName)}, LoadOptions());
+    tqCoreSvgIODriver* driver =
+        getFirstLoadDriver({nullptr, loadFormatOf(fileName)}, LoadOptions());
     if (driver == nullptr) {
         return false;
     }

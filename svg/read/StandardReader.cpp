@@ -65,6 +65,9 @@ StartElementResult StandardReader::startElement(const char* name,
         prefix = tag.substr(0, colon);
         tag = tag.substr(colon + 1);
     }
+    if (mOpen.empty() && mRootTag.empty()) {
+        mRootTag = name;
+    }
     // Elements of other vocabularies (editors' data, foreign content) are skipped silently.
     const StartElementResult result = namespaceOf(prefix) == Namespace::Svg
                                           ? startSvgElement(tag, attributes)
@@ -857,7 +860,12 @@ bool StandardReader::finish(ItemInterfacePointer<ItemInterface>& out) {
     warnClipping();
     resolveInherited();
     removeHidden();
-    out = mRoot;  // none when the root element was not one the profile reads
+    if (mRoot == nullptr) {
+        mLoader.reportError("The root element " + Quoted(mRootTag) +
+                            " is not an SVG element that draws: the document has nothing to draw");
+        return false;
+    }
+    out = mRoot;
     return true;
 }
 

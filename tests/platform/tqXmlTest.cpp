@@ -73,6 +73,11 @@ TEST(ParseXmlStream, MalformedXmlReportsTheParsersTextAsFatal) {
     Recorder r;
     parse("<a>\n<b></a>", r);
     EXPECT_EQ(r.messages.front().first.rfind("line 2, column ", 0), 0u) << r.messages.front().first;
+    for (const char* nothing : {"", " \r\n\t "}) {
+        Recorder empty;
+        EXPECT_FALSE(parse(nothing, empty));
+        EXPECT_EQ(empty.messages.front().first, "The document is empty");
+    }
 }
 
 TEST(ParseXmlStream, HandlerExceptionsReachTheCallerAfterTheParserStopped) {

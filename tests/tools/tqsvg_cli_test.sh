@@ -74,7 +74,22 @@ echo '<svg/>' >"$work/a.xml"
 expect 1 "unreadable inputs" -- "$tool" check "$work/a.xml" "$work/no/dir" "$work/void.svg"
 contains "$work/err" "$work/a.xml: no driver reads the extension \".xml\"" "why not .xml"
 contains "$work/err" "$work/no/dir: the file could not be opened: No such file or directory" "why not a missing folder"
-contains "$work/err" "$work/void.svg: the file is empty" "why not an empty file"
+contains "$work/err" "$work/void.svg: The document is empty" "why not an empty file"
+grep -q "Extra content" "$work/err" && fail "an empty file called extra content"
+
+# The commands agree on what a usable document is: one whose root draws nothing is refused by all.
+printf '<style>rect{fill:red}</style>' >"$work/style-root.svg"
+for args in "check" "check --subset" "render -o $work/style-root.png" "bbox" "mesh -o $work/s.json"; do
+    # shellcheck disable=SC2086
+    expect 1 "$args of a document whose root is a style sheet" -- "$tool" $args "$work/style-root.svg"
+done
+# Compressed files are found in folders and read as their text; their copies are plain .svg.
+mkdir -p "$work/zipped/in"
+gzip -c "$sample" >"$work/zipped/in/sample.svgz"
+expect 0 "check of a folder holding a .svgz" -- "$tool" check "$work/zipped/in"
+contains "$work/out" "1 loaded, 0 failed" "the .svgz file is found and read"
+expect 0 "convert of a folder holding a .svgz" -- "$tool" convert "$work/zipped/in" "$work/zipped/out"
+[ -f "$work/zipped/out/sample.svg" ] || fail "the copy of a .svgz file is not named .svg"
 
 # What every command shares: help, usage errors, and failures named after the file.
 for command in check convert mesh bbox render; do

@@ -228,6 +228,7 @@ private:
     StyleSheet mSheet;
     std::set<std::string> mWarned;
     std::shared_ptr<ItemInterface> mRoot;
+    std::string mRootTag;  // as written
     std::size_t mOriginalRecords = 0;
 };
 

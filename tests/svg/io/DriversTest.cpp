@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include "LibraryTest.h"
 #include "TreeEquality.h"
@@ -210,6 +211,75 @@ TEST_F(SvgIOManager, FilesAreChosenByExtensionAndMissingOnesFailWithOneMessage) 
                                                    nullptr, &messages));
         EXPECT_EQ(messages, Messages{"Fail to open file"}) << name;
         EXPECT_EQ(out, sentinel) << name;
+    }
+}
+
+namespace {
+
+// `text` in gzip's format, as one member or cut into `members`.
+std::string Gzip(const std::string& text, int members = 1) {
+    std::string out;
+    const std::size_t piece = text.size() / static_cast<std::size_t>(members) + 1;
+    for (std::size_t at = 0; at < text.size(); at += piece) {
+        z_stream z{};
+        deflateInit2(&z, 9, Z_DEFLATED, 16 + MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+        std::string input = text.substr(at, piece);
+        std::string member(deflateBound(&z, input.size()) + 32, '\0');
+        z.next_in = reinterpret_cast<Bytef*>(input.data());
+        z.avail_in = static_cast<uInt>(input.size());
+        z.next_out = reinterpret_cast<Bytef*>(member.data());
+        z.avail_out = static_cast<uInt>(member.size());
+        deflate(&z, Z_FINISH);
+        member.resize(member.size() - z.avail_out);
+        deflateEnd(&z);
+        out += member;
+    }
+    return out;
+}
+
+}  // namespace
+
+// Compressed documents read as their text does, under the name "svg" or from .svgz files, in
+// pieces much smaller and much larger than a read; broken compression fails with its reason.
+TEST_F(SvgIOManager, GzipContentReadsAsItsText) {
+    std::string text = "<svg xmlns='http://www.w3.org/2000/svg'>";
+    for (int i = 0; i < 20000; ++i) {
+        text += "<rect x='" + std::to_string(i) + "' width='1' height='1'/>";
+    }
+    text += "</svg>";
+    tqIoDeviceMemory plain(text);
+    Item expected;
+    ASSERT_TRUE(tqSvgIOManager::get().loadSvg(expected, plain, "svg", nullptr, nullptr, nullptr));
+    for (const int members : {1, 7}) {
+        for (const LoadProfile profile : {LoadProfile::Subset, LoadProfile::Standard}) {
+            LoadOptions options;
+            options.profile = profile;
+            tqIoDeviceMemory device(Gzip(text, members));
+            Item out;
+            Messages messages;
+            ASSERT_TRUE(
+                tqSvgIOManager::get().loadSvg(out, device, "svg", nullptr, &options, &messages))
+                << messages.front();
+            EXPECT_EQ(tq::test::CanonicalText(*out), tq::test::CanonicalText(*expected));
+        }
+    }
+    const std::string file = (directory / "icon.svgz").string();
+    std::ofstream(file, std::ios::binary) << Gzip("<svg><circle r='2'/></svg>");
+    Item out;
+    ASSERT_TRUE(tqSvgIOManager::get().loadSvg(out, file, nullptr, nullptr, nullptr));
+    EXPECT_EQ(tq::test::CanonicalText(*out), "svg\n  circle 0,0 2\n");
+
+    const std::string whole = Gzip(text);
+    const std::pair<std::string, std::string> broken[] = {
+        {whole.substr(0, whole.size() / 2), "the compressed input ends in the middle of its data"},
+        {whole.substr(0, 10) + std::string(100, 'x'), "the compressed input is corrupt: "}};
+    for (const auto& [bytes, reason] : broken) {
+        tqIoDeviceMemory device(bytes);
+        Messages messages;
+        EXPECT_FALSE(
+            tqSvgIOManager::get().loadSvg(out, device, "svg", nullptr, nullptr, &messages));
+        EXPECT_EQ(messages.back().rfind("The document could not be read: " + reason, 0), 0u)
+            << messages.back();
     }
 }
 

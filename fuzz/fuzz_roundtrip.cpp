@@ -22,9 +22,8 @@
 // comparison takes -0 and 0 as equal). Trees that cannot come back at all are only saved: a
 // number beyond the float range is stored as an infinity (in path data, or in a transform, where
 // composing it with the identity gives NaN), and an svg nested in another declares the namespace
-// again, which the loader refuses; a style sheet holding "]]>" (which a CDATA section of the
-// source can give) is written raw and ends the wrapper's CDATA section early. Everything else the
-// loader can produce is written in a form it reads back.
+// again, which the loader refuses. Everything else the loader can produce is written in a form
+// it reads back, a style sheet holding "]]>" included (its CDATA section is split there).
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -126,12 +125,11 @@ void withoutFillRules(tq::svg::ItemInterface& item) {
     }
 }
 
-// False for what is deliberately not carried back: non-finite path numbers or transforms, an
-// svg below the root, and a style sheet that ends the CDATA section it is written in.
+// False for what is deliberately not carried back: non-finite path numbers or transforms and an
+// svg below the root.
 bool carriable(const tq::svg::ItemInterface& item, bool root) {
     if (item.getType() == tq::svg::ItemType::Document) {
-        const auto& style = static_cast<const tq::svg::Document&>(item).getStyle();
-        if (!root || (style && style->find("]]>") != std::string::npos)) {
+        if (!root) {
             return false;
         }
     }

@@ -183,7 +183,14 @@ bool Document::beginWriteAsXmlImplPost(XmlSaveContext& context, const SaveOption
     }
     // Deliberately unchecked: only the style element's start and end count as failures here.
     context.writeRaw("\n/* <![CDATA[ */", XmlSaveContext::Unchecked);
-    context.writeRaw(mStyle->c_str(), XmlSaveContext::Unchecked);
+    // The sheet is written raw, but "]]>" would end the section: it is split across two.
+    std::size_t start = 0;
+    for (std::size_t end = 0; (end = mStyle->find("]]>", start)) != std::string::npos;
+         start = end + 3) {
+        context.writeRaw(mStyle->substr(start, end - start).c_str(), XmlSaveContext::Unchecked);
+        context.writeRaw("]]]]><![CDATA[>", XmlSaveContext::Unchecked);
+    }
+    context.writeRaw(mStyle->c_str() + start, XmlSaveContext::Unchecked);
     context.writeRaw("\n/* ]]> */", XmlSaveContext::Unchecked);
     // The begin message for an end failure: deliberate.
     return context.endElement(SaveErrorElementEnd) || LogWriteFailure("Node failed begin");

@@ -157,6 +157,12 @@ TEST(ItemWriting, DocumentWritesNamespaceViewBoxAndStyleFirst) {
               "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"-1 2 10 10\"><style>\n"
               "/* <![CDATA[ */.a{fill:red}\n/* ]]> */</style><g/></svg>");
 
+    // "]]>" cannot stand in one CDATA section: it is split across two.
+    document.editStyle() = "a]]>b]]>";
+    EXPECT_EQ(saved(document),
+              "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"-1 2 10 10\"><style>\n"
+              "/* <![CDATA[ */a]]]]><![CDATA[>b]]]]><![CDATA[>\n/* ]]> */</style><g/></svg>");
+
     document.editViewbox() = BoundingBox();  // invalid: left out
     document.editStyle() = "";               // empty: no style element
     EXPECT_EQ(saved(document), "<svg xmlns=\"http://www.w3.org/2000/svg\"><g/></svg>");

@@ -1,7 +1,7 @@
 // Load, save, load: whatever loads must save, and what was saved must load back with the same
 // options into an equal tree, and save again into the same bytes. A tree read with the standard
 // profile holds only what the library models, so its saved text must load back under the subset
-// into an equal tree, losing nothing but its fill rules (which the subset does not read).
+// into an equal tree, without a message.
 //
 // Input bytes:
 //   0     options: bit 0 ignores unsupported content on both loads; bit 1 saves indented; bit 2
@@ -114,17 +114,6 @@ void carriedBack(tq::svg::ItemInterface& item, bool& stable) {
     }
 }
 
-void withoutFillRules(tq::svg::ItemInterface& item) {
-    item.editProperties().fillRule.reset();
-    if (auto* node = dynamic_cast<tq::svg::Node*>(&item)) {
-        for (const auto& child : node->editChildren()) {
-            if (child) {
-                withoutFillRules(*child);
-            }
-        }
-    }
-}
-
 // False for what is deliberately not carried back: non-finite path numbers or transforms and an
 // svg below the root.
 bool carriable(const tq::svg::ItemInterface& item, bool root) {
@@ -177,14 +166,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                        tq::fuzz::joined(second.messages) + "saved:\n" + saved);
     }
     bool stable = !standard;
-    if (standard) {
-        for (const std::string& message : second.messages) {
-            if (message.find("\"fill-rule\"") == std::string::npos) {
-                tq::fuzz::fail(kTarget, "the subset did not read a standard tree back: " + message,
-                               "saved:\n" + saved);
-            }
-        }
-        withoutFillRules(*first.root);
+    if (standard && !second.messages.empty()) {
+        tq::fuzz::fail(kTarget, "the subset did not read a standard tree back",
+                       tq::fuzz::joined(second.messages) + "saved:\n" + saved);
     }
     carriedBack(*first.root, stable);
     const std::string difference = tq::test::TreeDifference(*first.root, *second.root);

@@ -373,7 +373,7 @@ AttributeParseResult ParsePresentationAttribute(Loader& loader, ItemInterface& i
         return parseTransform(loader, item, name, value);
     if (name == "opacity")
         return parseNumber(loader, p.opacity, name, value);
-    if (name == "fill-rule" && loader.standard() != nullptr)
+    if (name == "fill-rule")
         return parseKeyword(loader, p.fillRule, name, value, kFillRules, kFillRuleValues);
     return R::NotRecognised;
 }

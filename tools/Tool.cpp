@@ -258,6 +258,9 @@ void AddReadingOptions(CLI::App& command, ReadingOptions& reading) {
     command.add_flag("--ignore-unsupported", reading.ignoreUnsupported,
                      "With --subset: skip what the subset does not have, with a warning, "
                      "instead of failing");
+    command.add_option("--max-elements", reading.maxElements,
+                       "Refuse documents of more elements than this, as too large (default: "
+                       "1000000; 0: no bound; the subset reads any number)");
 }
 
 void AddBatchOptions(CLI::App& command, BatchSettings& settings) {

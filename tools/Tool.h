@@ -48,10 +48,12 @@ bool LoadFile(tq::svg::tqSvgDriver& driver, const std::string& file,
 struct ReadingOptions {
     bool ignoreUnsupported = false;
     bool subset = false;
+    std::size_t maxElements = tq::svg::LoadOptions().maxElements;
 
     tq::svg::LoadOptions loadOptions() const {
         tq::svg::LoadOptions options;
         options.ignoreUnsupported = ignoreUnsupported;
+        options.maxElements = maxElements;
         options.profile = subset ? tq::svg::LoadProfile::Subset : tq::svg::LoadProfile::Standard;
         return options;
     }

@@ -1,6 +1,8 @@
 // Options of a load.
 #pragma once
 
+#include <cstddef>
+
 namespace tq::svg {
 
 // How a document is read.
@@ -22,6 +24,9 @@ struct LoadOptions {
     // True: it is skipped and reported as a warning. The standard profile always warns.
     bool ignoreUnsupported = false;
     LoadProfile profile = LoadProfile::Subset;
+    // The standard profile refuses a document of more elements than this, as a bound on the
+    // memory and time a hostile file can take (about 500 bytes an item); 0 lifts it.
+    std::size_t maxElements = 1000000;
 };
 
 }  // namespace tq::svg

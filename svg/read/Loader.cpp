@@ -70,7 +70,8 @@ Loader::Loader(ItemInterfacePointer<ItemInterface>& out, tqIoDevice& device,
       mDevice(device),
       // The standard profile never refuses what it does not draw: it warns.
       mIgnoreUnsupported(options.ignoreUnsupported || options.profile == LoadProfile::Standard),
-      mStandardProfile(options.profile == LoadProfile::Standard) {
+      mStandardProfile(options.profile == LoadProfile::Standard),
+      mMaxElements(options.maxElements) {
     mParseResult = tq::xml::ParseXmlStream(mDevice, *this, nullptr);
 }
 
@@ -96,7 +97,7 @@ void Loader::reportWarning(const std::string& message) const {
 bool Loader::startDocument() {
     mStack = std::make_unique<LoaderStack>();
     if (mStandardProfile) {
-        mStandard = std::make_unique<detail::StandardReader>(*this);
+        mStandard = std::make_unique<detail::StandardReader>(*this, mMaxElements);
     }
     return true;
 }

@@ -23,7 +23,8 @@ namespace tq::svg::detail {
 using tq::xml::StartElementResult;
 using tq::xml::XmlAttribute;
 
-StandardReader::StandardReader(Loader& loader) : mLoader(loader) {}
+StandardReader::StandardReader(Loader& loader, std::size_t maxElements)
+    : mLoader(loader), mMaxElements(maxElements) {}
 
 StandardReader::~StandardReader() = default;
 
@@ -55,6 +56,11 @@ std::uint32_t StandardReader::parentRecord() const {
 
 StartElementResult StandardReader::startElement(const char* name,
                                                 const std::vector<XmlAttribute>& attributes) {
+    if (mMaxElements != 0 && ++mElements > mMaxElements) {
+        mLoader.reportError("The document has more than " + std::to_string(mMaxElements) +
+                            " elements: refused as too large; raise the element bound to read it");
+        return StartElementResult::Abort;
+    }
     // Every element counts for ":first-child", drawn or not.
     mFirstChild = mOpen.empty() || mOpen.back().children++ == 0;
     const auto scope = static_cast<std::uint32_t>(mNamespaces.size());

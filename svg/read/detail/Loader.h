@@ -92,6 +92,7 @@ private:
     tqIoDevice& mDevice;
     bool mIgnoreUnsupported;
     bool mStandardProfile;
+    std::size_t mMaxElements;
     bool mParseResult = false;
     bool mQuietDetail = false;  // while the standard profile dispatches an attribute
 };

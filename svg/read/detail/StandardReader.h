@@ -51,7 +51,8 @@ namespace detail {
 
 class StandardReader {
 public:
-    explicit StandardReader(Loader& loader);
+    // `maxElements`: the elements read before the document is refused; 0 for no bound.
+    StandardReader(Loader& loader, std::size_t maxElements);
     ~StandardReader();
 
     tq::xml::StartElementResult startElement(const char* name,
@@ -202,6 +203,8 @@ private:
     void removeHidden();
 
     Loader& mLoader;
+    std::size_t mMaxElements;
+    std::size_t mElements = 0;
     std::vector<Record> mRecords;
     std::vector<Open> mOpen;
     std::vector<Binding> mNamespaces;  // in scope, innermost last

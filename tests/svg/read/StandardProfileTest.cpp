@@ -4,9 +4,11 @@
 // segments into the same geometry under both profiles.
 #include "svg/tqSvg.h"
 
+#include <list>
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -206,5 +208,31 @@ TEST_F(StandardProfile, SubsetDocumentsSegmentAlikeUnderBothProfiles) {
         ASSERT_TRUE(read.ok) << read.messages;
         EXPECT_EQ(read.messages, "");
         EXPECT_EQ(Geometry(*read.root), Geometry(*subset.root));
+    }
+}
+
+// The element budget bounds what a document may build: every element counts, drawn or not; the
+// subset reads any number.
+TEST_F(StandardProfile, DocumentsPastTheElementBudgetAreRefused) {
+    const std::string document = "<svg><g><rect/><rect/></g><text/></svg>";  // five elements
+    for (const auto& [budget, profile, loads] :
+         {std::tuple{std::size_t(5), LoadProfile::Standard, true},
+          std::tuple{std::size_t(4), LoadProfile::Standard, false},
+          std::tuple{std::size_t(0), LoadProfile::Standard, true},
+          std::tuple{std::size_t(1), LoadProfile::Subset, true}}) {
+        LoadOptions options;
+        options.profile = profile;
+        options.maxElements = budget;
+        tqIoDeviceMemory device(document);
+        tq::test::Item root;
+        std::list<std::string> messages;
+        EXPECT_EQ(tqSvgIOManager::get().loadSvg(root, device, "svg", nullptr, &options, &messages),
+                  loads)
+            << budget;
+        if (!loads) {
+            EXPECT_EQ(messages, std::list<std::string>{
+                                    "The document has more than 4 elements: refused as too "
+                                    "large; raise the element bound to read it"});
+        }
     }
 }

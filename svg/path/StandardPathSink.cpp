@@ -1,5 +1,6 @@
 #include "svg/path/detail/StandardPathSink.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "svg/path/PathPrimitive.h"
@@ -42,8 +43,12 @@ void fitRadii(const Vec& start, const Vec& end, float rotationDegrees, float& rx
 bool middleOfMisdrawnArc(const Vec& start, const Vec& end, float rx, float ry, float rotation,
                          bool largeArc, bool sweep, Vec& middle) {
     constexpr double kPi = 3.14159265358979323846;
-    if (start == end) {
-        return false;  // no arc at all
+    // Only a large arc whose chord is short beside its radii sweeps nearly a whole turn, where
+    // single precision loses the sweep; every other arc is left at once.
+    const Vec chord = end - start;
+    const float radius = std::max(rx, ry);
+    if (start == end || !largeArc || !(chord.SquaredLength() < 1e-4f * radius * radius)) {
+        return false;
     }
     const PathEllipticalArc single(Vec(rx, ry), rotation, largeArc, sweep, start, end);
     const double phi = double(rotation) * kPi / 180.0;

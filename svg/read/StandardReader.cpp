@@ -165,7 +165,6 @@ StartElementResult StandardReader::startSvgElement(std::string_view tag,
         return StartElementResult::SkipElement;
     }
     if (kind == Kind::Style) {
-        mSheetSeen = true;
         mOpen.push_back({Kind::Style});
         return StartElementResult::Continue;
     }
@@ -290,12 +289,12 @@ StartElementResult StandardReader::startItem(Kind kind, std::string_view name,
     return StartElementResult::Continue;
 }
 
-// Attribute selectors need the attributes as written; a document needs them only once it has a
-// style sheet, which comes first in nearly every file. The values of path data and points are
-// left out: no selector tests them.
+// Attribute selectors need the attributes as written; a document needs them only once its style
+// sheet, which comes first in nearly every file, has an attribute selector. The values of path
+// data and points are left out: no selector tests them.
 void StandardReader::keepAttributes(Record& record, const std::vector<XmlAttribute>& attributes) {
-    record.attributesKnown = mSheetSeen;
-    if (!mSheetSeen) {
+    record.attributesKnown = mKeepAttributes;
+    if (!mKeepAttributes) {
         return;
     }
     record.attributes = static_cast<std::uint32_t>(mKeptAttributes.size());
@@ -733,6 +732,9 @@ bool StandardReader::endElement() {
     const Open open = mOpen.back();
     mOpen.pop_back();
     mNamespaces.resize(open.namespaces);
+    if (open.kind == Kind::Style) {
+        mKeepAttributes = mSheetText.find('[') != std::string::npos;
+    }
     if (open.record != kNone) {
         mRecords[open.record].end = static_cast<std::uint32_t>(mRecords.size());
     }

@@ -209,7 +209,7 @@ private:
     std::vector<Open> mOpen;
     std::vector<Binding> mNamespaces;  // in scope, innermost last
     bool mFirstChild = false;          // the element being read is its parent's first
-    bool mSheetSeen = false;           // a style element was read
+    bool mKeepAttributes = false;      // the style sheet so far has attribute selectors
     std::vector<Use> mUses;
     std::vector<Gradient> mGradients;
     std::unordered_map<std::string, std::uint32_t> mIds;       // id -> record

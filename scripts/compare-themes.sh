@@ -41,7 +41,7 @@ for name in "${names[@]}"; do
     find "$dir" -type l \( -name '*.svg' -o -name '*.svgz' \) -delete
     dirs+=("$dir")
     gzipped=$(find "$dir" -name '*.svg' -type f -exec sh -c \
-        'for f; do [ "$(head -c 2 "$f" | od -An -tx1)" = " 1f 8b" ] && echo "$f"; done' sh {} + | wc -l)
+        'for f; do [ "$(head -c 2 "$f" | od -An -tx1)" = " 1f 8b" ] && echo "$f"; done; :' sh {} + | wc -l)
     echo "$name: $(find "$dir" -name '*.svg' | wc -l) *.svg ($gzipped gzip-compressed)," \
         "$(find "$dir" -name '*.svgz' | wc -l) *.svgz in $dir"
 done

@@ -20,8 +20,8 @@ jobs=$(nproc 2>/dev/null || echo 2)
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset" -j "$jobs"
 if [ "$preset" = asan ]; then
-    # The icon sets run once more under the sanitizers, without the reference renderer's
-    # comparison, which the normal build makes.
+    # The tests labelled "icons" (the icon sets, the renderer fixtures) run once more under the
+    # sanitizers, without the reference renderer's comparison, which the normal build makes.
     ctest --preset asan -j "$jobs" -LE icons
     TQSVG_ICONS_NO_COMPARE=1 ctest --preset asan -L icons
 else

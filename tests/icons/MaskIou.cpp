@@ -1,12 +1,16 @@
-// mask_iou OURS.png REFERENCE.png [SIDE_BY_SIDE.png]
-// mask_iou --list          pairs "OURS REFERENCE" on standard input, one a line
+// mask_iou [--mask MASK.png] OURS.png REFERENCE.png [SIDE_BY_SIDE.png]
+// mask_iou --list          pairs "OURS REFERENCE [MASK]" on standard input, one a line
+// mask_iou --differ A.png B.png MASK.png
 //
 // Prints, per pair, the intersection over union of the two pictures' alpha masks (each
 // thresholded at half coverage) and the share of the pixels both cover whose colours agree
 // within 26 of 255 in every channel (unpremultiplied), or "na" for a pair that cannot be
-// compared (unreadable, sizes differ). The side-by-side picture shows ours, the reference and
-// their difference: red covered only by ours, blue only by the reference, amber covered by both
-// in colours that differ. Exit code 0, or 1 on an unreadable single pair, 2 on wrong usage.
+// compared (unreadable, sizes differ). Pixels that a mask covers are left out of both measures.
+// The side-by-side picture shows ours, the reference and their difference: red covered only by
+// ours, blue only by the reference, amber covered by both in colours that differ, light grey
+// masked. --differ writes the mask of the pixels where A and B differ in coverage or colour,
+// grown by one pixel, and prints their count. Exit code 0, or 1 on unreadable or mismatched
+// pictures outside --list, 2 on wrong usage.
 #include <cairo.h>
 
 #include <algorithm>
@@ -16,6 +20,7 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -58,7 +63,50 @@ int colourDistance(std::uint32_t p, std::uint32_t q) {
 
 constexpr int kColourTolerance = 26;
 
-void writeSideBySide(const char* file, cairo_surface_t* ours, cairo_surface_t* reference) {
+bool sameSize(cairo_surface_t* a, cairo_surface_t* b) {
+    return a != nullptr && b != nullptr &&
+           cairo_image_surface_get_width(a) == cairo_image_surface_get_width(b) &&
+           cairo_image_surface_get_height(a) == cairo_image_surface_get_height(b);
+}
+
+bool differ(std::uint32_t p, std::uint32_t q) {
+    return covered(p) != covered(q) ||
+           (covered(p) && covered(q) && colourDistance(p, q) > kColourTolerance);
+}
+
+bool masked(cairo_surface_t* mask, int x, int y) {
+    return mask != nullptr && covered(pixel(mask, x, y));
+}
+
+// The mask of the pixels where two pictures differ, grown by one pixel; false when they cannot
+// be compared.
+bool writeDifference(const char* aFile, const char* bFile, const char* maskFile) {
+    const Surface a = loadPng(aFile);
+    const Surface b = loadPng(bFile);
+    if (!sameSize(a.get(), b.get())) {
+        return false;
+    }
+    const int w = cairo_image_surface_get_width(a.get());
+    const int h = cairo_image_surface_get_height(a.get());
+    Surface out(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h), &cairo_surface_destroy);
+    cairo_t* cr = cairo_create(out.get());
+    long count = 0;
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            if (differ(pixel(a.get(), x, y), pixel(b.get(), x, y))) {
+                cairo_rectangle(cr, x - 1, y - 1, 3, 3);
+                ++count;
+            }
+        }
+    }
+    cairo_fill(cr);
+    cairo_destroy(cr);
+    std::printf("%ld\n", count);
+    return cairo_surface_write_to_png(out.get(), maskFile) == CAIRO_STATUS_SUCCESS;
+}
+
+void writeSideBySide(const char* file, cairo_surface_t* ours, cairo_surface_t* reference,
+                     cairo_surface_t* mask) {
     const int w = cairo_image_surface_get_width(ours);
     const int h = cairo_image_surface_get_height(ours);
     Surface out(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 3 * w + 8, h),
@@ -77,7 +125,9 @@ void writeSideBySide(const char* file, cairo_surface_t* ours, cairo_surface_t* r
             if (!covered(a) && !covered(b)) {
                 continue;
             }
-            if (covered(a) && covered(b)) {
+            if (masked(mask, x, y)) {
+                cairo_set_source_rgb(cr, 0.93, 0.93, 0.93);
+            } else if (covered(a) && covered(b)) {
                 const bool agree = colourDistance(a, b) <= kColourTolerance;
                 cairo_set_source_rgb(cr, agree ? 0.8 : 0.9, agree ? 0.8 : 0.7, agree ? 0.8 : 0.0);
             } else if (covered(a)) {
@@ -95,14 +145,13 @@ void writeSideBySide(const char* file, cairo_surface_t* ours, cairo_surface_t* r
 
 // "iou colour-share", or "na"; false when the pair cannot be compared.
 bool compare(const std::string& oursFile, const std::string& referenceFile,
-             const char* sideBySide) {
+             const std::string& maskFile, const char* sideBySide) {
     const Surface ours = loadPng(oursFile);
     const Surface reference = loadPng(referenceFile);
-    if (!ours || !reference ||
-        cairo_image_surface_get_width(ours.get()) !=
-            cairo_image_surface_get_width(reference.get()) ||
-        cairo_image_surface_get_height(ours.get()) !=
-            cairo_image_surface_get_height(reference.get())) {
+    const Surface mask =
+        maskFile.empty() ? Surface(nullptr, &cairo_surface_destroy) : loadPng(maskFile);
+    if (!sameSize(ours.get(), reference.get()) ||
+        (!maskFile.empty() && !sameSize(ours.get(), mask.get()))) {
         std::printf("na\n");
         return false;
     }
@@ -111,6 +160,9 @@ bool compare(const std::string& oursFile, const std::string& referenceFile,
         for (int x = 0; x < cairo_image_surface_get_width(ours.get()); ++x) {
             const std::uint32_t a = pixel(ours.get(), x, y);
             const std::uint32_t b = pixel(reference.get(), x, y);
+            if (masked(mask.get(), x, y)) {
+                continue;
+            }
             both += covered(a) && covered(b);
             either += covered(a) || covered(b);
             agree += covered(a) && covered(b) && colourDistance(a, b) <= kColourTolerance;
@@ -120,7 +172,7 @@ bool compare(const std::string& oursFile, const std::string& referenceFile,
     std::printf("%.4f %.4f\n", either == 0 ? 1.0 : double(both) / double(either),
                 both == 0 ? 1.0 : double(agree) / double(both));
     if (sideBySide != nullptr) {
-        writeSideBySide(sideBySide, ours.get(), reference.get());
+        writeSideBySide(sideBySide, ours.get(), reference.get(), mask.get());
     }
     return true;
 }
@@ -129,17 +181,32 @@ bool compare(const std::string& oursFile, const std::string& referenceFile,
 
 int main(int argc, char** argv) {
     if (argc == 2 && std::strcmp(argv[1], "--list") == 0) {
-        std::string ours, reference;
-        while (std::cin >> ours >> reference) {
-            compare(ours, reference, nullptr);
+        std::string line;
+        while (std::getline(std::cin, line)) {
+            std::istringstream fields(line);
+            std::string ours, reference, mask;
+            if (fields >> ours >> reference) {
+                fields >> mask;
+                compare(ours, reference, mask, nullptr);
+            }
         }
         return 0;
     }
+    if (argc == 5 && std::strcmp(argv[1], "--differ") == 0) {
+        return writeDifference(argv[2], argv[3], argv[4]) ? 0 : 1;
+    }
+    std::string mask;
+    if (argc >= 3 && std::strcmp(argv[1], "--mask") == 0) {
+        mask = argv[2];
+        argc -= 2;
+        argv += 2;
+    }
     if (argc < 3 || argc > 4) {
         std::fprintf(stderr,
-                     "usage: mask_iou OURS.png REFERENCE.png [SIDE_BY_SIDE.png]\n"
-                     "       mask_iou --list  (pairs on standard input)\n");
+                     "usage: mask_iou [--mask MASK.png] OURS.png REFERENCE.png [SIDE_BY_SIDE.png]\n"
+                     "       mask_iou --list  (\"OURS REFERENCE [MASK]\" on standard input)\n"
+                     "       mask_iou --differ A.png B.png MASK.png\n");
         return 2;
     }
-    return compare(argv[1], argv[2], argc == 4 ? argv[3] : nullptr) ? 0 : 1;
+    return compare(argv[1], argv[2], mask, argc == 4 ? argv[3] : nullptr) ? 0 : 1;
 }

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Real-world icons that nobody here wrote, read and drawn by the tool under both reading profiles
-# and compared with Debian's rsvg-convert at 256 px:
+# and compared with Debian's rsvg-convert at 256 px (TQSVG_ICONS_SIZE: another size, the larger
+# side of the pictures; the baseline has a line per size):
 #   subset    checked strictly and leniently (--subset [--ignore-unsupported]); each file that
 #             loads leniently is drawn, and scored by the IoU of the two alpha masks (thresholded
 #             at half coverage);
@@ -11,7 +12,12 @@
 # files among those that load drops below its line in baseline.tsv; and when a file below 0.95
 # under the standard profile has no cause among what that profile leaves out (text, images,
 # gradients, filters, masks, clip paths, markers, patterns, animation, scripts). The report, with
-# every such file and its cause and the worst pictures side by side, goes to OUTDIR.
+# every such file and its cause and the worst pictures side by side, goes to OUTDIR, and beside
+# it scores.tsv (every file: set, standard score, coverage, colour, what it leaves out, file;
+# "failed" when it did not load) and standard-messages.txt.
+# Files *.svg and *.svgz are read. A file NAME.svg with NAME-ref.png beside it is compared with
+# that picture instead of rsvg-convert's, leaving out the pixels that NAME-mask.png covers when
+# that is there too.
 #
 # usage: icon_sets.sh TQSVG MASK_IOU [OUTDIR [SET_DIR...]]
 # Without SET_DIRs: two pinned public icon sets from the npm registry, installed into a cache
@@ -26,7 +32,7 @@ out=$(realpath -m "${3:-out/icons}")
 shift $(($# < 3 ? $# : 3))
 jobs=$(nproc 2>/dev/null || echo 2)
 baseline=$(dirname "$(realpath "$0")")/baseline.tsv
-size=256
+size=${TQSVG_ICONS_SIZE:-256}
 
 if [ $# -gt 0 ]; then
     sets=("$@")
@@ -66,7 +72,7 @@ batch() {  # batch WHAT SET COMMAND... (a file argument stands at the end)
     local rc=$?
     if [ "$rc" -gt 1 ]; then
         fail "$what crashed ($rc) on $set"
-        find "$set" -name '*.svg' | sort | while read -r f; do
+        find "$set" -name '*.svg' -o -name '*.svgz' | sort | while read -r f; do
             "$@" "$f" >/dev/null 2>&1
             rc=$?
             [ "$rc" -gt 1 ] && echo "  crashed ($rc) on $f"
@@ -102,41 +108,46 @@ if [ "${TQSVG_ICONS_NO_COMPARE:-0}" = 1 ]; then
 fi
 
 # ---- the reference pictures and the scores ---------------------------------------------------
-# "set<TAB>file<TAB>picture": the picture's path below a set's folder of pictures.
+# "set<TAB>file<TAB>picture<TAB>mask": the picture's path below a set's folder of pictures, the
+# mask's path or nothing.
 for i in "${!sets[@]}"; do
-    find "${sets[$i]}" -name '*.svg' | sort | while read -r f; do
+    find "${sets[$i]}" -name '*.svg' -o -name '*.svgz' | sort | while read -r f; do
         rel=${f#"${sets[$i]}"/}
-        printf '%s\t%s\t%s\n' "$i" "$f" "${rel%.svg}.png"
+        mask=${f%.svg*}-mask.png
+        printf '%s\t%s\t%s\t%s\n' "$i" "$f" "${rel%.svg*}.png" "$([ -f "$mask" ] && echo "$mask")"
     done
 done >"$work/files"
 awk -F'\t' -v w="$work" '{ print w "/ref/" $1 "/" $3; print $2 }' "$work/files" \
-    | xargs -d '\n' -P "$jobs" -n 2 sh -c \
-        'mkdir -p "$(dirname "$0")" && rsvg-convert -w '"$size"' -h '"$size"' -a -o "$0" "$1" 2>/dev/null'
-# Per mode: "score<TAB>iou<TAB>colour<TAB>file" for every file that loaded.
+    | xargs -d '\n' -P "$jobs" -n 2 sh -c 'mkdir -p "$(dirname "$0")" && if [ -f "${1%.svg*}-ref.png" ];
+        then cp "${1%.svg*}-ref.png" "$0"; else rsvg-convert -w '"$size"' -h '"$size"' -a -o "$0" "$1" 2>/dev/null; fi'
+# Per mode: pairs "ours reference [mask]<TAB>file", and "score<TAB>iou<TAB>colour<TAB>file" for
+# every file that loaded.
 for mode in subset standard; do
     awk -F'\t' -v m="$mode" -v w="$work" '
         NR == FNR { if ($1 == "ok") loaded[$2] = 1; next }
-        ($2 in loaded) { print w "/" m "/" $1 "/" $3, w "/ref/" $1 "/" $3, $2 }' \
+        ($2 in loaded) { print w "/" m "/" $1 "/" $3 " " w "/ref/" $1 "/" $3 ($4 == "" ? "" : " " $4) "\t" $2 }' \
         "$work/$mode.status" "$work/files" >"$work/$mode.pairs"
-    cut -d' ' -f1,2 "$work/$mode.pairs" | "$iou" --list | paste -d' ' - <(cut -d' ' -f3- "$work/$mode.pairs") \
-        | awk -v m="$mode" '{ s = $1 == "na" ? "na" : (m == "subset" || $1 < $2 ? $1 : $2)
-                             printf "%s\t%s\t%s\t%s\n", s, $1, ($1 == "na" ? "na" : $2), $NF }' \
+    cut -f1 "$work/$mode.pairs" | "$iou" --list | paste - <(cut -f2 "$work/$mode.pairs") \
+        | awk -F'\t' -v m="$mode" '{ split($1, v, " "); s = v[1] == "na" ? "na" : (m == "subset" || v[1] < v[2] ? v[1] : v[2])
+                                    printf "%s\t%s\t%s\t%s\n", s, v[1], (v[1] == "na" ? "na" : v[2]), $2 }' \
         >"$work/$mode.scores"
 done
 
 # ---- causes ----------------------------------------------------------------------------------
 # Each file's first message: message lines start with the file's path.
 first_messages() {  # first_messages MODE -> "file<TAB>message"
-    sed -nE 's/^(.*\.(svg|SVG)): (.*)$/\1\t\3/p' "$work/$1.messages" | awk -F'\t' '!seen[$1]++'
+    sed -nE 's/^(.*\.(svg|svgz|SVG)): (.*)$/\1\t\3/p' "$work/$1.messages" | awk -F'\t' '!seen[$1]++'
 }
 generalised() {
     sed -E 's/value "[^"]*"/value "…"/g; s/"[^"]*"/"…"/g; s/position [0-9]+/position N/g; s/@[0-9]+/@N/g; s/ : .*//'
 }
-# What the standard profile leaves out, as its warnings name it.
-cause_of() {  # cause_of FILE: the first warning about something left out, else "unexplained"
-    grep -F -- "$1: Ignore " "$work/standard.messages" \
-        | sed -E 's/^.*: Ignore (gradient|clip path|mask|filter|marker|pattern|text|image|animation|script|foreign object|SVG font): .*$/\1/;t;d' \
-        | head -n 1 | grep . || echo unexplained
+# What the standard profile leaves out, as its warnings name it: "file<TAB>kind, kind..." in the
+# order of the warnings.
+sed -nE 's/^(.*\.(svg|svgz|SVG)): Ignore (gradient|clip path|mask|filter|marker|pattern|text|image|animation|script|foreign object|SVG font): .*$/\1\t\3/p' \
+    "$work/standard.messages" | awk -F'\t' '!seen[$0]++ { k[$1] = k[$1] (k[$1] == "" ? "" : ", ") $2 }
+        END { for (f in k) print f "\t" k[f] }' >"$work/left-out"
+cause_of() {  # cause_of FILE: what it leaves out, else "unexplained"
+    awk -F'\t' -v f="$1" '$1 == f { print $2; found = 1 } END { if (!found) print "unexplained" }' "$work/left-out"
 }
 
 # ---- report ----------------------------------------------------------------------------------
@@ -152,7 +163,7 @@ cause_of() {  # cause_of FILE: the first warning about something left out, else 
     echo '```'
     echo "Standard profile, warnings by kind (a file counts once per kind):"
     echo '```'
-    sed -E 's/^.*(\.svg|\.SVG): //' "$work/standard.messages" | generalised | sed -E 's/: .*//' \
+    sed -E 's/^.*(\.svgz?|\.SVG): //' "$work/standard.messages" | generalised | sed -E 's/: .*//' \
         | sort | uniq -c | sort -rn | head -n 12
     echo '```'
     echo "Scores against rsvg-convert at $size px (subset: coverage; standard: the lower of"
@@ -167,19 +178,38 @@ cause_of() {  # cause_of FILE: the first warning about something left out, else 
                   v[int(0.05 * (n - 1))], good, loaded ? good / loaded : 0 }'
     done
     echo
+    if [ ${#sets[@]} -gt 1 ]; then
+        echo
+        echo "Standard profile per set:"
+        echo
+        echo "| set | files | loaded | at 0.95 or better | share of loaded |"
+        echo "|---|---|---|---|---|"
+        awk -F'\t' -v sets=${#sets[@]} 'FILENAME ~ /files$/ { set[$2] = $1; n[$1]++; next }
+            FILENAME ~ /status$/ { loaded[set[$2]] += $1 == "ok"; next }
+            $1 != "na" && $1 >= 0.95 { good[set[$4]]++ }
+            END { for (i = 0; i < sets; i++) printf "%s\t%d\t%d\t%d\t%.4f\n", i, n[i], loaded[i],
+                  good[i], loaded[i] ? good[i] / loaded[i] : 0 }' \
+            "$work/files" "$work/standard.status" "$work/standard.scores" \
+            | while IFS=$'\t' read -r i rest; do echo "| ${sets[$i]} | ${rest//$'\t'/ | } |"; done
+    fi
+    echo
     echo "Standard profile below 0.95, with the cause:"
     echo
-    awk -F'\t' '$1 != "na" && $1 < 0.95' "$work/standard.scores" | sort -n \
-        | while IFS=$'\t' read -r score coverage colour file; do
-            echo "- $score (coverage $coverage, colour $colour) $file: $(cause_of "$file")"
-        done | tee "$work/below"
+    awk -F'\t' 'FILENAME ~ /left-out$/ { k[$1] = $2; next }
+        $1 != "na" && $1 < 0.95 { printf "%s\t- %s (coverage %s, colour %s) %s: %s\n", $1, $1, $2, $3, $4,
+                                  $4 in k ? k[$4] : "unexplained" }' "$work/left-out" "$work/standard.scores" \
+        | sort -n | cut -f2- | tee "$work/below"
 } >"$out/report.md"
 cat "$out/report.md"
 cp "$work/below" "$out/below-0.95.txt"
+cp "$work/standard.messages" "$out/standard-messages.txt"
+awk -F'\t' 'FILENAME ~ /left-out$/ { k[$1] = $2; next } FILENAME ~ /scores$/ { s[$4] = $1 "\t" $2 "\t" $3; next }
+    { print $1 "\t" ($2 in s ? s[$2] : "failed\tna\tna") "\t" k[$2] "\t" $2 }' \
+    "$work/left-out" "$work/standard.scores" "$work/files" >"$out/scores.tsv"
 # The worst three of the standard profile side by side: ours | rsvg-convert | difference.
 sort -n "$work/standard.scores" | head -n 3 | cut -f4 | nl -w1 | while read -r rank file; do
-    pair=$(grep -F " $file" "$work/standard.pairs" | head -n 1)
-    "$iou" ${pair% *} "$out/worst/$rank-$(basename "${file%.svg}").png" >/dev/null 2>&1
+    read -r ours reference mask < <(awk -F'\t' -v f="$file" '$2 == f { print $1; exit }' "$work/standard.pairs")
+    "$iou" ${mask:+--mask "$mask"} "$ours" "$reference" "$out/worst/$rank-$(basename "${file%.svg*}").png" >/dev/null 2>&1
 done
 
 # ---- verdicts --------------------------------------------------------------------------------

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "svg/model/ItemInterface.h"
+#include "svg/read/detail/Loader.h"
 #include "svg/read/detail/StandardReader.h"
 
 namespace tq::svg::detail {
@@ -31,6 +32,7 @@ void StandardReader::selectorElements(std::vector<CssElement>& elements,
         element.id = id ? std::string_view(*id) : std::string_view();
         element.classes = classes ? std::string_view(*classes) : std::string_view();
         element.parent = record.parent;
+        element.previous = record.previous;
         element.firstChild = record.firstChild;
         element.attributesKnown = record.attributesKnown;
         element.attributes = record.attributes;
@@ -88,6 +90,11 @@ void StandardReader::applyStyles() {
                 });
         }
         record.resolves = resolvesOnItem(record.item->getProperties());
+    }
+    if (mSheet.exhausted()) {
+        mLoader.reportWarning(
+            "Ignore the style sheet past some elements: matching its selectors against this "
+            "document takes too long");
     }
 }
 

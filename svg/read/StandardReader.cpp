@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "svg/model/Circle.h"
 #include "svg/model/Document.h"
@@ -245,6 +246,10 @@ StartElementResult StandardReader::startItem(Kind kind, std::string_view name,
     record.row = RowOf(FindElement(name));
     record.depth = static_cast<std::uint16_t>(parent == kNone ? 0 : mRecords[parent].depth + 1);
     record.firstChild = mFirstChild;
+    // Siblings as selectors see them are items: a title or a description in between is passed over.
+    if (!mOpen.empty()) {
+        record.previous = std::exchange(mOpen.back().lastItem, index);
+    }
     keepAttributes(record, attributes);
     std::shared_ptr<ItemInterface> item = createItem(kind);
     Scratch scratch;

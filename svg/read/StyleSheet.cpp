@@ -59,24 +59,32 @@ std::size_t nameLength(std::string_view text) {
     return i;
 }
 
-bool hasClass(std::string_view classes, std::string_view name) {
+// Calls `visit` with each name of a class attribute's list.
+template <typename Visit>
+void forEachClass(std::string_view classes, Visit&& visit) {
     std::size_t i = 0;
     while (i < classes.size()) {
-        while (i < classes.size() && (classes[i] == ' ' || classes[i] == '\t' ||
-                                      classes[i] == '\n' || classes[i] == '\r')) {
+        while (i < classes.size() && isSpace(classes[i])) {
             ++i;
         }
         std::size_t end = i;
-        while (end < classes.size() && classes[end] != ' ' && classes[end] != '\t' &&
-               classes[end] != '\n' && classes[end] != '\r') {
+        while (end < classes.size() && !isSpace(classes[end])) {
             ++end;
         }
-        if (end > i && classes.substr(i, end - i) == name) {
-            return true;
+        if (end > i && !visit(classes.substr(i, end - i))) {
+            return;
         }
         i = end;
     }
-    return false;
+}
+
+bool hasClass(std::string_view classes, std::string_view name) {
+    bool found = false;
+    forEachClass(classes, [&](std::string_view c) {
+        found = c == name;
+        return !found;
+    });
+    return found;
 }
 
 }  // namespace
@@ -262,15 +270,16 @@ bool StyleSheet::parseCompound(std::string_view text, Compound& compound, std::u
     return true;
 }
 
-// A complex selector: compounds joined by white space (descendant) or ">" (child).
+// A complex selector: compounds joined by white space (descendant), ">" (child), "+" (the
+// sibling just before) or "~" (any sibling before).
 bool StyleSheet::parseSelector(std::string_view text, Rule& rule) const {
     std::uint32_t ids = 0;
     std::uint32_t classes = 0;
     std::uint32_t types = 0;
-    bool child = false;
+    char combinator = ' ';
     text = TrimSpace(text);
     while (!text.empty()) {
-        // A compound runs to white space or ">" outside an attribute selector's brackets.
+        // A compound runs to white space or a combinator outside an attribute selector's brackets.
         std::size_t end = 0;
         for (bool bracket = false; end < text.size(); ++end) {
             const char c = text[end];
@@ -283,14 +292,12 @@ bool StyleSheet::parseSelector(std::string_view text, Rule& rule) const {
         if (end == 0 || !parseCompound(text.substr(0, end), compound, ids, classes, types)) {
             return false;
         }
-        compound.childOfNext = child;
+        compound.combinator = combinator;
         rule.compounds.push_back(std::move(compound));
         text = TrimSpace(text.substr(end));
-        child = !text.empty() && text[0] == '>';
-        if (!text.empty() && (text[0] == '+' || text[0] == '~')) {
-            return false;  // sibling combinators
-        }
-        if (child) {
+        combinator = ' ';
+        if (!text.empty() && (text[0] == '>' || text[0] == '+' || text[0] == '~')) {
+            combinator = text[0];
             text = TrimSpace(text.substr(1));
             if (text.empty()) {
                 return false;
@@ -300,7 +307,7 @@ bool StyleSheet::parseSelector(std::string_view text, Rule& rule) const {
     if (rule.compounds.empty() || rule.compounds.size() > 32) {
         return false;
     }
-    // The subject first; each compound's flag says how it joins the compound on its left.
+    // The subject first; each compound's combinator says how it joins the compound on its left.
     std::reverse(rule.compounds.begin(), rule.compounds.end());
     rule.specificity =
         std::min(ids, 255u) << 16 | std::min(classes, 255u) << 8 | std::min(types, 255u);
@@ -335,6 +342,27 @@ void StyleSheet::addRules(std::string_view selectors, std::string_view block) {
 void StyleSheet::parse(std::string_view sheet) {
     const std::string text = withoutComments(sheet);
     parseBlocks(text, 0);
+    indexRules();
+}
+
+// Rules by their subject's id, else its first class, so that an element is tried only against
+// rules that can match it; the others are tried on every element.
+void StyleSheet::indexRules() {
+    mById.clear();
+    mByClass.clear();
+    mOthers.clear();
+    for (std::uint32_t i = 0; i < mRules.size(); ++i) {
+        const Compound& subject = mRules[i].compounds[0];
+        if (!subject.id.empty()) {
+            mById.emplace_back(subject.id, i);
+        } else if (!subject.classes.empty()) {
+            mByClass.emplace_back(subject.classes[0], i);
+        } else {
+            mOthers.push_back(i);
+        }
+    }
+    std::sort(mById.begin(), mById.end());
+    std::sort(mByClass.begin(), mByClass.end());
 }
 
 // Rules and at-rules in order; "@media" blocks that apply are read as rules of their own, to a
@@ -353,8 +381,9 @@ void StyleSheet::parseBlocks(std::string_view rest, int depth) {
             return;
         }
         const std::size_t open = rest.find('{');
-        const std::size_t semicolon = rest.find(';');
-        if (rest[0] == '@' && semicolon < open) {
+        // Searched before the brace only: a search of the whole rest per rule is quadratic.
+        const std::size_t semicolon = rest[0] == '@' ? rest.substr(0, open).find(';') : open;
+        if (semicolon < open) {
             rest.remove_prefix(semicolon + 1);  // @import, @charset: nothing is fetched
             continue;
         }
@@ -383,71 +412,51 @@ void StyleSheet::parseBlocks(std::string_view rest, int depth) {
     }
 }
 
-bool StyleSheet::matches(const Rule& rule, const std::vector<CssElement>& elements,
-                         const std::vector<CssAttribute>& attributes, std::uint32_t element) const {
-    const auto compoundMatches = [&](const Compound& c, const CssElement& e) {
-        if ((!c.tag.empty() && c.tag != e.tag) || (!c.id.empty() && c.id != e.id) ||
-            (c.firstChild && !e.firstChild)) {
-            return false;
-        }
-        for (const std::string& name : c.classes) {
-            if (!hasClass(e.classes, name)) {
-                return false;
-            }
-        }
-        for (const AttributeTest& test : c.attributes) {
-            const auto begin = attributes.begin() + e.attributes;
-            const auto end = begin + (e.attributesKnown ? e.attributeCount : 0);
-            if (std::none_of(begin, end, [&](const CssAttribute& a) {
-                    return a.name == test.name &&
-                           attributeMatches(a.value, test.operation, test.value);
-                })) {
-                return false;
-            }
-        }
-        return true;
-    };
-    if (!compoundMatches(rule.compounds[0], elements[element])) {
+bool StyleSheet::compoundMatches(const Compound& c, const CssElement& e,
+                                 const std::vector<CssAttribute>& attributes) const {
+    if (++mWork > kMatchBudget || (!c.tag.empty() && c.tag != e.tag) ||
+        (!c.id.empty() && c.id != e.id) || (c.firstChild && !e.firstChild)) {
         return false;
     }
-    if (rule.compounds.size() == 1) {
-        return true;
-    }
-    // The chain of ancestors from the element up; reached[i] tells whether the compounds so far
-    // can match with the last of them at ancestor i.
-    mAncestors.clear();
-    for (std::uint32_t a = element; a != CssElement::kNone; a = elements[a].parent) {
-        mAncestors.push_back(a);
-    }
-    const std::size_t n = mAncestors.size();
-    mReached.assign(n, 0);
-    mReached[0] = 1;
-    for (std::size_t j = 1; j < rule.compounds.size(); ++j) {
-        const Compound& compound = rule.compounds[j];
-        const auto at = [&](std::size_t i) {
-            return compoundMatches(compound, elements[mAncestors[i]]);
-        };
-        bool any = false;
-        if (rule.compounds[j - 1].childOfNext) {
-            // Downwards, so that reached[i - 1] still holds the previous compound's answer.
-            for (std::size_t i = n; i-- > 0;) {
-                mReached[i] = i > 0 && mReached[i - 1] != 0 && at(i);
-                any = any || mReached[i] != 0;
-            }
-        } else {
-            bool below = false;
-            for (std::size_t i = 0; i < n; ++i) {
-                const bool was = mReached[i] != 0;
-                mReached[i] = below && at(i);
-                below = below || was;
-                any = any || mReached[i] != 0;
-            }
-        }
-        if (!any) {
+    for (const std::string& name : c.classes) {
+        if (!hasClass(e.classes, name)) {
             return false;
         }
     }
-    return true;
+    const auto begin = attributes.begin() + e.attributes;
+    const auto end = begin + (e.attributesKnown ? e.attributeCount : 0);
+    return std::all_of(c.attributes.begin(), c.attributes.end(), [&](const AttributeTest& test) {
+        return std::any_of(begin, end, [&](const CssAttribute& a) {
+            return a.name == test.name && attributeMatches(a.value, test.operation, test.value);
+        });
+    });
+}
+
+// Whether the compounds after `compound` (leftwards in the selector) match around `element`, at
+// which `compound` matched. Tries every candidate of a descendant or later-sibling combinator in
+// turn; the budget bounds the backtracking.
+bool StyleSheet::matchesFrom(const Rule& rule, std::size_t compound,
+                             const std::vector<CssElement>& elements,
+                             const std::vector<CssAttribute>& attributes,
+                             std::uint32_t element) const {
+    if (compound + 1 == rule.compounds.size()) {
+        return true;
+    }
+    const Compound& next = rule.compounds[compound + 1];
+    const char combinator = rule.compounds[compound].combinator;
+    const bool sibling = combinator == '+' || combinator == '~';
+    const bool once = combinator == '>' || combinator == '+';
+    for (std::uint32_t e = sibling ? elements[element].previous : elements[element].parent;
+         e != CssElement::kNone; e = sibling ? elements[e].previous : elements[e].parent) {
+        if (compoundMatches(next, elements[e], attributes) &&
+            matchesFrom(rule, compound + 1, elements, attributes, e)) {
+            return true;
+        }
+        if (once || mWork > kMatchBudget) {
+            break;
+        }
+    }
+    return false;
 }
 
 void StyleSheet::match(const std::vector<CssElement>& elements,
@@ -456,10 +465,37 @@ void StyleSheet::match(const std::vector<CssElement>& elements,
     out.clear();
     auto& matching = mMatching;
     matching.clear();
-    for (std::size_t i = 0; i < mRules.size(); ++i) {
-        if (matches(mRules[i], elements, attributes, element)) {
-            matching.emplace_back(std::uint64_t(mRules[i].specificity) << 32 | i, &mRules[i]);
+    const CssElement& e = elements[element];
+    const auto tryRule = [&](std::uint32_t i) {
+        const Rule& rule = mRules[i];
+        if (!exhausted() && compoundMatches(rule.compounds[0], e, attributes) &&
+            matchesFrom(rule, 0, elements, attributes, element)) {
+            matching.emplace_back(std::uint64_t(rule.specificity) << 32 | i, &rule);
         }
+    };
+    const auto tryKeyed = [&](const std::vector<std::pair<std::string, std::uint32_t>>& index,
+                              std::string_view key) {
+        auto it =
+            std::lower_bound(index.begin(), index.end(), key,
+                             [](const auto& entry, std::string_view k) { return entry.first < k; });
+        for (; it != index.end() && it->first == key; ++it) {
+            tryRule(it->second);
+        }
+    };
+    if (!e.id.empty()) {
+        tryKeyed(mById, e.id);
+    }
+    forEachClass(e.classes, [&](std::string_view name) {
+        tryKeyed(mByClass, name);
+        return true;
+    });
+    std::for_each(mOthers.begin(), mOthers.end(), tryRule);
+    // In cascade order; a class named twice on the element finds its rules twice.
+    std::sort(matching.begin(), matching.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    matching.erase(std::unique(matching.begin(), matching.end()), matching.end());
+    if (exhausted()) {
+        return;  // an element gets all of its rules or none
     }
     std::sort(matching.begin(), matching.end(),
               [](const auto& a, const auto& b) { return a.first < b.first; });

@@ -82,10 +82,11 @@ private:
     // What the tree has no field for, one per element that became an item, in document order.
     struct Record {
         ItemInterface* item = nullptr;
-        std::uint32_t parent = kNone;  // the record of the enclosing item
-        std::uint32_t end = kNone;     // one past the last record of the subtree
-        std::uint32_t origin = kNone;  // the element a copy was made from; itself for originals
-        std::uint32_t style = kNone;   // the style attribute, in mStyles
+        std::uint32_t parent = kNone;    // the record of the enclosing item
+        std::uint32_t previous = kNone;  // the item before it in the same element
+        std::uint32_t end = kNone;       // one past the last record of the subtree
+        std::uint32_t origin = kNone;    // the element a copy was made from; itself for originals
+        std::uint32_t style = kNone;     // the style attribute, in mStyles
         std::uint32_t styleLength = 0;
         std::uint32_t colour = kNone;  // the "color" value as colour text, in mColours
         std::uint16_t depth = 0;
@@ -106,10 +107,11 @@ private:
     struct Open {
         Kind kind;
         std::uint32_t record = kNone;
-        bool viewport = false;         // pushed a viewport for the percentages of its content
-        bool taken = false;            // a switch that has drawn its child
-        std::uint32_t children = 0;    // elements started inside it so far
-        std::uint32_t namespaces = 0;  // the namespace bindings before its own
+        bool viewport = false;           // pushed a viewport for the percentages of its content
+        bool taken = false;              // a switch that has drawn its child
+        std::uint32_t children = 0;      // elements started inside it so far
+        std::uint32_t lastItem = kNone;  // the record of the last item started inside it
+        std::uint32_t namespaces = 0;    // the namespace bindings before its own
     };
 
     // Attributes of the element being read that the tree has no field for.

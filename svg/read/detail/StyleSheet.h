@@ -31,9 +31,10 @@ struct CssAttribute {
     std::string_view value;
 };
 
-// One element as selectors see it. Elements name their parent by its index in the same array,
-// which comes first; attributes are a range of an attribute array. An element whose attributes
-// were not kept (`attributesKnown` false) matches no attribute selector.
+// One element as selectors see it. Elements name their parent and the sibling before them by
+// their index in the same array, where both come first; attributes are a range of an attribute
+// array. An element whose attributes were not kept (`attributesKnown` false) matches no attribute
+// selector.
 struct CssElement {
     static constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
 
@@ -41,6 +42,7 @@ struct CssElement {
     std::string_view id;
     std::string_view classes;  // the class attribute, a list separated by white space
     std::uint32_t parent = kNone;
+    std::uint32_t previous = kNone;  // the sibling before it
     std::uint32_t attributes = 0;
     std::uint32_t attributeCount = 0;
     bool firstChild = false;
@@ -49,11 +51,15 @@ struct CssElement {
 
 // The rules of a style sheet whose selectors are built from type selectors, "*", ".class",
 // "#id", attribute selectors ("[a]", "[a=v]", "[a~=v]", "[a|=v]", "[a^=v]", "[a$=v]",
-// "[a*=v]") and ":first-child", joined by the descendant and child combinators, in comma
-// lists. Rules with any other selector (sibling combinators, other pseudo-classes, pseudo-
+// "[a*=v]") and ":first-child", joined by the descendant, child and sibling combinators (" ",
+// ">", "+", "~"), in comma lists. Rules with any other selector (other pseudo-classes, pseudo-
 // elements) are left out and named by unsupported(); "@media" blocks for the screen apply, other
 // at-rules are left out (named too, unless they define nothing drawn, as "@font-face" and
 // "@import" do). Never fetches anything.
+//
+// Matching backtracks, which a hostile sheet can make exponential in its compounds, and every
+// rule is tried on every element: a budget of compound tests per sheet bounds the time. Past
+// it no rule matches any more, and exhausted() says so.
 class StyleSheet {
 public:
     void parse(std::string_view text);
@@ -70,6 +76,9 @@ public:
     // The selectors and at-rules that were left out, in the order of the sheet.
     const std::vector<std::string>& unsupported() const { return mUnsupported; }
 
+    // Whether matching ran out of its budget, so that later elements were given no rule.
+    bool exhausted() const { return mWork > kMatchBudget; }
+
 private:
     struct AttributeTest {
         std::string name;
@@ -82,7 +91,9 @@ private:
         std::vector<std::string> classes;
         std::vector<AttributeTest> attributes;
         bool firstChild = false;
-        bool childOfNext = false;  // joined by ">", not white space, to the compound on its left
+        // How it joins the compound on its left: ' ' descendant, '>' child, '+' the sibling just
+        // before, '~' any sibling before.
+        char combinator = ' ';
     };
     // Compounds from the right: the subject first.
     struct Rule {
@@ -97,16 +108,25 @@ private:
                        std::uint32_t& classes, std::uint32_t& types) const;
     void addRules(std::string_view selectors, std::string_view block);
     void parseBlocks(std::string_view text, int depth);
-    bool matches(const Rule& rule, const std::vector<CssElement>& elements,
-                 const std::vector<CssAttribute>& attributes, std::uint32_t element) const;
+    void indexRules();
+    bool compoundMatches(const Compound& compound, const CssElement& element,
+                         const std::vector<CssAttribute>& attributes) const;
+    bool matchesFrom(const Rule& rule, std::size_t compound,
+                     const std::vector<CssElement>& elements,
+                     const std::vector<CssAttribute>& attributes, std::uint32_t element) const;
+
+    // Compound tests of one document: enough for every rule of a large sheet on every element of
+    // a large document, about a second.
+    static constexpr std::uint64_t kMatchBudget = 100'000'000;
 
     std::vector<Rule> mRules;
     std::vector<CssDeclaration> mDeclarations;
     std::vector<std::string> mUnsupported;
+    std::vector<std::pair<std::string, std::uint32_t>> mById, mByClass;  // sorted
+    std::vector<std::uint32_t> mOthers;
     // Working space of match and matches.
     mutable std::vector<std::pair<std::uint64_t, const Rule*>> mMatching;
-    mutable std::vector<std::uint32_t> mAncestors;
-    mutable std::vector<char> mReached;
+    mutable std::uint64_t mWork = 0;
 };
 
 }  // namespace tq::svg::detail

@@ -297,6 +297,10 @@ AttributeParseResult ParseTextAttribute(Loader& loader, ItemInterface& item, std
         return addNumberTo(loader, static_cast<std::size_t>(slot), name, value, axis);
     }
     if (name == "font-size") {
+        if (loader.standard() != nullptr &&
+            detail::EqualsLowerCase(detail::TrimSpace(value), "inherit")) {
+            return R::Handled;  // the parent's size, which the text does not keep
+        }
         if (!claimSlot(loader, 4, name)) {
             return R::Invalid;
         }

@@ -170,7 +170,10 @@ bool IsSilentAttribute(Kind kind, std::string_view name) {
     if (kind == Kind::Group && (name == "href" || name == "target")) {
         return true;
     }
-    return kind != Kind::Text && listed(kTextAttributes, name);
+    // Text is not drawn, and says so once; its layout beyond what the tree keeps needs no word.
+    const bool kept = name == "font-family" || name == "font-size" || name == "font-weight" ||
+                      name == "font-style";
+    return listed(kTextAttributes, name) && !(kind == Kind::Text && kept);
 }
 
 bool IsHorizontalLength(std::string_view name) {

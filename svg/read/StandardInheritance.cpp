@@ -4,10 +4,16 @@
 #include <cmath>
 #include <unordered_map>
 
+#include "svg/model/Circle.h"
+#include "svg/model/Line.h"
 #include "svg/model/Node.h"
+#include "svg/model/Path.h"
+#include "svg/model/Rect.h"
 #include "svg/read/detail/Loader.h"
 #include "svg/read/detail/ParserMessages.h"
 #include "svg/read/detail/StandardReader.h"
+#include "svg/read/detail/StandardShapes.h"
+#include "svg/read/detail/StandardValues.h"
 
 namespace tq::svg::detail {
 
@@ -148,6 +154,71 @@ void StandardReader::removeHidden() {
         entry.first->editChildren().remove_if([&](const std::shared_ptr<ItemInterface>& child) {
             return std::binary_search(doomed.begin(), doomed.end(), child.get());
         });
+    }
+}
+
+void StandardReader::notePathLength(std::uint32_t record, std::string_view value) {
+    float number = 0.0f;
+    LengthUnit unit{};
+    if (!ParseCssLength(value, number, unit) || unit != LengthUnit::None || !(number > 0.0f)) {
+        warnOnce("pathLength " + std::string(value),
+                 "Ignore Invalid attribute \"pathLength\" with value " + Quoted(value));
+        return;
+    }
+    mPathLengths.emplace_back(record, number);
+}
+
+namespace {
+
+// The length of a shape's outline in its own units; 0 for what has none.
+double OutlineLength(const ItemInterface& item) {
+    if (const auto* path = dynamic_cast<const Path*>(&item)) {
+        return PathLength(path->commands);
+    }
+    if (const auto* line = dynamic_cast<const Line*>(&item)) {
+        return (line->end - line->start).Length();
+    }
+    if (const auto* rect = dynamic_cast<const Rect*>(&item)) {
+        return 2.0 * (double(rect->size.X()) + rect->size.Y());
+    }
+    if (const auto* circle = dynamic_cast<const Circle*>(&item)) {
+        return 2.0 * 3.14159265358979 * circle->radius;
+    }
+    return 0.0;
+}
+
+}  // namespace
+
+// A pathLength says how long the author takes the outline to be: dashes, wherever their pattern
+// comes from, are scaled by the true length over it, and the scaled pattern is set on the shape
+// itself. Copies made by use elements carry their original's pathLength.
+void StandardReader::scaleDashesToPathLengths() {
+    if (mPathLengths.empty()) {
+        return;
+    }
+    for (std::uint32_t i = 0; i < mRecords.size(); ++i) {
+        const Record& record = mRecords[i];
+        const auto found = std::lower_bound(mPathLengths.begin(), mPathLengths.end(), record.origin,
+                                            [](const std::pair<std::uint32_t, float>& entry,
+                                               std::uint32_t r) { return entry.first < r; });
+        if (found == mPathLengths.end() || found->first != record.origin) {
+            continue;
+        }
+        const std::optional<std::vector<UnitValue>>* dashes = nullptr;
+        for (std::uint32_t r = i; r != kNone && dashes == nullptr; r = mRecords[r].parent) {
+            const auto& own = mRecords[r].item->getProperties().strokeDasharray;
+            dashes = own ? &own : nullptr;
+        }
+        const double length = OutlineLength(*record.item);
+        if (dashes == nullptr || (*dashes)->empty() || !(length > 0.0)) {
+            continue;
+        }
+        const auto scale = static_cast<float>(length / found->second);
+        std::vector<UnitValue> scaled = **dashes;
+        for (UnitValue& dash : scaled) {
+            dash.value *= scale;
+        }
+        record.item->editProperties().strokeDasharray = std::move(scaled);
     }
 }
 

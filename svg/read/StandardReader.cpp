@@ -256,6 +256,9 @@ StartElementResult StandardReader::startItem(Kind kind, std::string_view name,
     readAttributes(kind, *item, scratch, record, attributes);
     item = finishItem(kind, index, std::move(item), scratch);
     record.item = item.get();
+    if (!scratch.pathLength.empty()) {
+        notePathLength(index, scratch.pathLength);
+    }
     record.selectable = item->editId() || item->getProperties().className;
     record.resolves = resolvesOnItem(item->getProperties());
     mRecords.push_back(record);
@@ -403,6 +406,10 @@ bool StandardReader::readOwnAttribute(Kind kind, std::string_view name, std::str
     }
     if (name == "href" && (kind == Kind::Use || kind == Kind::Image)) {
         scratch.href = std::string(value);
+        return true;
+    }
+    if (name == "pathLength") {
+        scratch.pathLength = value;
         return true;
     }
     const bool root = kind == Kind::Svg && mRoot == nullptr && mOpen.empty();
@@ -872,6 +879,7 @@ bool StandardReader::finish(ItemInterfacePointer<ItemInterface>& out) {
     }
     warnClipping();
     resolveInherited();
+    scaleDashesToPathLengths();
     removeHidden();
     if (mRoot == nullptr) {
         mLoader.reportError("The root element " + Quoted(mRootTag) +

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "svg/path/PathVisitorCommandsToPrimitives.h"
 #include "svg/path/detail/PathData.h"
 #include "svg/read/detail/StandardValues.h"
 
@@ -126,6 +127,46 @@ bool ParseViewBox(std::string_view text, BoundingBox& box) {
     box = BoundingBox(Wm4::Vector2f(numbers[0], numbers[1]),
                       Wm4::Vector2f(numbers[0] + numbers[2], numbers[1] + numbers[3]));
     return true;
+}
+
+double PathLength(const std::list<Path::Command>& commands) {
+    constexpr int kChords = 64;
+    double length = 0.0;
+    const auto along = [&](const auto& position) {
+        Wm4::Vector2f previous = position(0.0f);
+        for (int i = 1; i <= kChords; ++i) {
+            const Wm4::Vector2f next = position(static_cast<float>(i) / kChords);
+            length += (next - previous).Length();
+            previous = next;
+        }
+    };
+    PathVisitorCommandsToPrimitives visitor(
+        commands, [&](std::unique_ptr<PathPrimitive>& primitive, bool) {
+            if (primitive->type == PathPrimitiveType::BezierCubicPrimitive) {
+                const auto& curve = static_cast<const PathBezierCubic&>(*primitive).curve;
+                along([&](float t) { return curve.GetPosition(t); });
+            } else if (primitive->type == PathPrimitiveType::ArcPrimitive &&
+                       static_cast<const PathEllipticalArc&>(*primitive).deltaAngle != 0.0f) {
+                const auto& arc = static_cast<const PathEllipticalArc&>(*primitive);
+                const float rotation = arc.rotation * 3.14159265f / 180.0f;
+                const float c = std::cos(rotation);
+                const float s = std::sin(rotation);
+                along([&](float t) {
+                    const float angle = arc.startAngle + t * arc.deltaAngle;
+                    const float x = arc.radii.X() * std::cos(angle);
+                    const float y = arc.radii.Y() * std::sin(angle);
+                    return arc.center + Wm4::Vector2f(c * x - s * y, s * x + c * y);
+                });
+            } else if (primitive->type == PathPrimitiveType::LinePrimitive) {
+                const auto& line = static_cast<const PathLine&>(*primitive);
+                length += (line.end - line.start).Length();
+            } else {  // an arc too flat to have a centre is drawn as its chord
+                const auto& arc = static_cast<const PathEllipticalArc&>(*primitive);
+                length += (arc.end - arc.start).Length();
+            }
+        });
+    visitor.visit();
+    return length;
 }
 
 }  // namespace tq::svg::detail

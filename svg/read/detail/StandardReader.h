@@ -118,7 +118,7 @@ private:
     struct Scratch {
         std::string href;
         std::string_view x, y, width, height, cx, cy, rx, ry, points, viewBox, preserveAspectRatio,
-            overflow;
+            overflow, pathLength;
     };
 
     struct Gradient {
@@ -200,6 +200,8 @@ private:
     std::uint32_t copySubtree(std::uint32_t source, std::uint32_t parent, Node& into);
     static bool resolvesOnItem(const RenderingProperties& p);
     void resolveInherited();
+    void notePathLength(std::uint32_t record, std::string_view value);
+    void scaleDashesToPathLengths();
     std::string resolvePaint(const std::string& paint);
     bool gradientColour(const std::string& id, std::string& colour);
     void removeHidden();
@@ -230,6 +232,8 @@ private:
     std::vector<KeptAttribute> mKeptAttributes;
     std::vector<std::string> mColours;
     std::string mSheetText;
+    // The records whose element gave a pathLength, in order, with its value.
+    std::vector<std::pair<std::uint32_t, float>> mPathLengths;
     StyleSheet mSheet;
     std::set<std::string> mWarned;
     std::shared_ptr<ItemInterface> mRoot;

@@ -35,6 +35,10 @@ Wm4::Matrix3f ViewBoxTransform(const BoundingBox& viewBox, float x, float y, flo
 // A viewBox by SVG's number syntax: four numbers, the width and height not negative.
 bool ParseViewBox(std::string_view text, BoundingBox& box);
 
+// The length of a path in its own units: lines exactly, curves and arcs along 64 chords each,
+// close enough to scale dashes by.
+double PathLength(const std::list<Path::Command>& commands);
+
 // A translation by (x, y).
 Wm4::Matrix3f Translation(float x, float y);
 

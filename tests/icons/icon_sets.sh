@@ -19,6 +19,7 @@
 # cached and the registry cannot be reached. With SET_DIRs (scripts/compare-icons.sh): those
 # directories, reported without a baseline.
 # TQSVG_ICONS_NO_COMPARE=1 (sanitizer builds): only the checks and our pictures are made.
+# TQSVG_ICON_SIZE: the pictures' size in pixels (default 256; the baseline has lines per size).
 set -uo pipefail
 tool=$(realpath "$1")
 iou=$(realpath "$2")
@@ -26,7 +27,7 @@ out=$(realpath -m "${3:-out/icons}")
 shift $(($# < 3 ? $# : 3))
 jobs=$(nproc 2>/dev/null || echo 2)
 baseline=$(dirname "$(realpath "$0")")/baseline.tsv
-size=256
+size=${TQSVG_ICON_SIZE:-256}
 
 if [ $# -gt 0 ]; then
     sets=("$@")

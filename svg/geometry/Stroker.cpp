@@ -14,10 +14,10 @@ using Vec = Wm4::Vector2d;
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kMaxMiterLimit = 1e4;
-// Round steps of one call, beyond which arcs get coarser: about 64 MB of pieces.
+// Round steps of one call, beyond which arcs get coarser: about 64 MB of outline.
 constexpr double kArcPointBudget = double(1 << 22);
-// Pieces beyond this many points would leave 32-bit indices behind in the triangulation.
-constexpr std::size_t kMaxPiecePoints = std::size_t(1) << 31;
+// Outlines beyond this many points would leave 32-bit indices behind in the triangulation.
+constexpr std::size_t kMaxOutlinePoints = std::size_t(1) << 31;
 
 // The direction turned a quarter counter-clockwise (y up).
 Vec leftOf(const Vec& d) {
@@ -28,23 +28,19 @@ double cross(const Vec& a, const Vec& b) {
     return a.X() * b.Y() - a.Y() * b.X();
 }
 
-// Consecutive points differ, so the length is positive.
-Vec direction(const Vec& from, const Vec& to) {
-    const Vec d = to - from;
-    return d / d.Length();
-}
-
 }  // namespace
 
-// A vertex's turn from direction `in` to direction `out`, as the pen's outer side sees it: the
-// outer offsets (unit normals) of the two segments in counter-clockwise order, and the
-// directions in which each offset edge runs on towards the miter's tip.
+// A vertex's turn from direction `in` to direction `out`. The outer wedge runs from offset
+// `from` to offset `to` (unit normals, counter-clockwise about the vertex), along which the
+// offset edges run on towards a miter's tip; `leftTurn` puts it on the right side.
 struct Stroker::Turn {
     Turn(const Vec& in, const Vec& out) {
         const double c = cross(in, out);
         cosine = std::clamp(in.Dot(out), -1.0, 1.0);
-        angle = std::atan2(std::fabs(c), in.Dot(out));
-        if (c >= 0.0) {  // a left turn (or a fold straight back): the outer side is the right
+        sine = std::fabs(c);
+        angle = std::atan2(sine, in.Dot(out));
+        leftTurn = c >= 0.0;  // a fold straight back counts as a left turn
+        if (leftTurn) {
             from = -leftOf(in);
             to = -leftOf(out);
             alongFrom = in;
@@ -59,7 +55,9 @@ struct Stroker::Turn {
 
     Vec from, to, alongFrom, alongTo;
     double cosine;  // of the turning angle
+    double sine;    // of the turning angle, not negative
     double angle;   // the turning angle, in [0, pi]
+    bool leftTurn;
 };
 
 bool Stroker::stroke(const StrokeSubpaths& lines, const StrokeStyle& style,
@@ -68,7 +66,7 @@ bool Stroker::stroke(const StrokeSubpaths& lines, const StrokeStyle& style,
     prepare(lines, style, map);
     for (const StrokeSubpaths::Subpath& run : lines.subpaths) {
         addRun(lines, run);
-        if (mPoints.size() > kMaxPiecePoints) {
+        if (mPoints.size() > kMaxOutlinePoints) {
             return false;
         }
     }
@@ -113,7 +111,8 @@ void Stroker::prepare(const StrokeSubpaths& lines, const StrokeStyle& style,
     mSegments.clear();
 }
 
-// Segments, the joins between them (all around a closed run) and the caps of an open one.
+// Both sides of the run, joined at every vertex between two of its segments; an open run is one
+// outline with its caps, a closed one a loop per side.
 void Stroker::addRun(const StrokeSubpaths& lines, const StrokeSubpaths::Subpath& run) {
     const std::uint32_t n = run.end - run.begin;
     const Vec* p = lines.points.data() + run.begin;
@@ -123,118 +122,165 @@ void Stroker::addRun(const StrokeSubpaths& lines, const StrokeSubpaths::Subpath&
         return;
     }
     const std::uint32_t segments = run.closed ? n : n - 1;
-    Vec previous = run.closed ? direction(p[n - 1], p[0]) : Vec();
+    mDirections.clear();
+    mLengths.clear();
     for (std::uint32_t i = 0; i < segments; ++i) {
-        const Vec& b = p[i + 1 < n ? i + 1 : 0];
-        const Vec d = direction(p[i], b);
-        addSegment(p[i], b);
-        if (i > 0 || run.closed) {
-            addJoin(p[i], previous, d, corner[i] != 0);
-        }
-        previous = d;
+        const Vec d = p[i + 1 < n ? i + 1 : 0] - p[i];
+        mLengths.push_back(d.Length());
+        mDirections.push_back(d / mLengths.back());
     }
+    mRight.clear();
+    mLeft.clear();
+    const double h = mStyle.halfWidth;
     if (!run.closed) {
-        addCap(p[0], direction(p[1], p[0]));
-        addCap(p[n - 1], previous);
+        mRight.push_back(p[0] - leftOf(mDirections[0]) * h);
+        mLeft.push_back(p[0] + leftOf(mDirections[0]) * h);
     }
-}
-
-void Stroker::addSegment(const Vec& a, const Vec& b) {
-    const Vec n = leftOf(direction(a, b)) * mStyle.halfWidth;
-    beginPiece();
-    addPoint(a + n);
-    addPoint(a - n);
-    addPoint(b - n);
-    addPoint(b + n);
-    endPiece();
-}
-
-// The wedge on the outer side of a turn; points inside a curve are joined round, as the pen
-// sweeps there. Going straight on needs nothing.
-void Stroker::addJoin(const Vec& p, const Vec& in, const Vec& out, bool corner) {
-    if (cross(in, out) == 0.0 && in.Dot(out) > 0.0) {
+    // A closed run's first vertex never takes the crossing (see the header).
+    for (std::uint32_t v = run.closed ? 0 : 1; v < (run.closed ? n : n - 1); ++v) {
+        addJoin(p[v], (v + segments - 1) % segments, v, corner[v] != 0, v != 0);
+    }
+    if (run.closed) {
+        addPolygon(mRight, false);
+        addPolygon(mLeft, true);
         return;
     }
-    const Turn turn(in, out);
+    mRight.push_back(p[n - 1] - leftOf(mDirections.back()) * h);
+    mLeft.push_back(p[n - 1] + leftOf(mDirections.back()) * h);
+    addOpenOutline(p[0], p[n - 1]);
+}
+
+// Both sides through vertex `p` from segment `in` to segment `out`: the outer one around the
+// join's wedge, the inner one through the vertex (or the offsets' crossing). Points inside a
+// curve are joined round, as the pen sweeps there.
+void Stroker::addJoin(const Vec& p, std::uint32_t in, std::uint32_t out, bool corner,
+                      bool mayCross) {
+    const Vec& din = mDirections[in];
+    const Vec& dout = mDirections[out];
     const double h = mStyle.halfWidth;
-    const LineJoin join = corner ? mStyle.join : LineJoin::Round;
+    if (din == dout) {
+        mRight.push_back(p - leftOf(din) * h);
+        mLeft.push_back(p + leftOf(din) * h);
+        return;
+    }
+    const Turn turn(din, dout);
+    if (turn.sine == 0.0 && turn.cosine > 0.0) {  // straight on, as far as doubles tell
+        for (Chain* side : {&mRight, &mLeft}) {
+            const double sign = side == &mRight ? -1.0 : 1.0;
+            side->insert(side->end(),
+                         {p + leftOf(din) * (sign * h), p, p + leftOf(dout) * (sign * h)});
+        }
+        return;
+    }
+    outerWedge(p, turn, corner ? mStyle.join : LineJoin::Round);
+    Chain& outer = turn.leftTurn ? mRight : mLeft;
+    // The wedge runs counter-clockwise, which is forward on the right side, back on the left.
+    if (turn.leftTurn) {
+        outer.insert(outer.end(), mScratch.begin(), mScratch.end());
+    } else {
+        outer.insert(outer.end(), mScratch.rbegin(), mScratch.rend());
+    }
+    innerCorner(turn.leftTurn ? mLeft : mRight, p, turn, in, out, mayCross);
+}
+
+// The outer side's points from one offset to the other, in mScratch: a bevel's two, an arc, or
+// a miter's tip (cut off at the limit by a clip, else bevelled beyond it). The offsets' own
+// points lie on the way to a miter's tip or clip, so they are left out there.
+void Stroker::outerWedge(const Vec& p, const Turn& turn, LineJoin join) {
+    const double h = mStyle.halfWidth;
+    mScratch.clear();
     if (join == LineJoin::Miter || join == LineJoin::MiterClip || join == LineJoin::Arcs) {
-        addMiter(p, turn, join == LineJoin::MiterClip);
-        return;
+        // The tip lies h / cos(angle / 2) out along the bisector of the offsets.
+        const double limit = mStyle.miterLimit;
+        const double cosHalfSquared = (1.0 + turn.cosine) / 2.0;
+        if (limit * limit * cosHalfSquared >= 1.0) {
+            mScratch.push_back(p + (turn.from + turn.to) * (h / (1.0 + turn.cosine)));
+            return;
+        }
+        if (join == LineJoin::MiterClip) {
+            // How far each offset edge runs on before it meets the clip line, limit * h out
+            // across the bisector; sin(angle / 2) > 0 since the miter is over the limit.
+            const double run =
+                (limit - std::sqrt(cosHalfSquared)) * h / std::sqrt((1.0 - turn.cosine) / 2.0);
+            mScratch.push_back(p + turn.from * h + turn.alongFrom * run);
+            mScratch.push_back(p + turn.to * h + turn.alongTo * run);
+            return;
+        }
     }
-    beginPiece();
-    addPoint(p);
-    addPoint(p + turn.from * h);
+    mScratch.push_back(p + turn.from * h);
     if (join == LineJoin::Round) {
-        addArc(p, turn.from, turn.angle);
+        addArc(mScratch, p, turn.from, turn.angle);
     }
-    addPoint(p + turn.to * h);
-    endPiece();
+    mScratch.push_back(p + turn.to * h);
 }
 
-// The miter's tip lies h / cos(angle / 2) from the vertex, along the bisector of the outer
-// offsets; beyond the limit it is cut off at the limit (clip), or bevelled.
-void Stroker::addMiter(const Vec& p, const Turn& turn, bool clip) {
+// The inner side from segment `in`'s offset to segment `out`'s: through the vertex, which is
+// what the two rectangles' ends add up to, or through the offset edges' crossing when the loop
+// this cuts off (the vertex, the two offsets' ends and the crossing) lies in both rectangles:
+// the crossing lies h tan(angle / 2) back along each segment, each offset's end h sin(angle)
+// along the other.
+void Stroker::innerCorner(Chain& side, const Vec& p, const Turn& turn, std::uint32_t in,
+                          std::uint32_t out, bool mayCross) {
     const double h = mStyle.halfWidth;
-    const double limit = mStyle.miterLimit;
-    const double cosHalfSquared = (1.0 + turn.cosine) / 2.0;
-    beginPiece();
-    addPoint(p);
-    addPoint(p + turn.from * h);
-    if (limit * limit * cosHalfSquared >= 1.0) {
-        addPoint(p + (turn.from + turn.to) * (h / (1.0 + turn.cosine)));
-    } else if (clip) {
-        // How far each offset edge runs on before it meets the clip line, limit * h from the
-        // vertex across the bisector; sin(angle / 2) > 0 since the miter is over the limit.
-        const double run =
-            (limit - std::sqrt(cosHalfSquared)) * h / std::sqrt((1.0 - turn.cosine) / 2.0);
-        addPoint(p + turn.from * h + turn.alongFrom * run);
-        addPoint(p + turn.to * h + turn.alongTo * run);
+    const double sign = turn.leftTurn ? 1.0 : -1.0;
+    const Vec nin = leftOf(mDirections[in]) * (sign * h);
+    const Vec nout = leftOf(mDirections[out]) * (sign * h);
+    const double shorter = std::min(mLengths[in], mLengths[out]);
+    if (mayCross && turn.cosine > -1.0 && h * turn.sine <= shorter * (1.0 + turn.cosine) &&
+        h * turn.sine <= shorter) {
+        side.push_back(p + (nin + nout) / (1.0 + turn.cosine));
+    } else {
+        side.insert(side.end(), {p + nin, p, p + nout});
     }
-    addPoint(p + turn.to * h);
-    endPiece();
 }
 
-void Stroker::addCap(const Vec& p, const Vec& outward) {
-    if (mStyle.cap == LineCap::Butt) {
-        return;
+// The open run's one outline: start cap, right side, end cap, left side back.
+void Stroker::addOpenOutline(const Vec& start, const Vec& end) {
+    mPolygonStart = static_cast<std::uint32_t>(mPoints.size());
+    addPoint(mLeft.front());
+    addCap(start, -mDirections.front());
+    for (const Vec& point : mRight) {
+        addPoint(point);
     }
+    addCap(end, mDirections.back());
+    for (std::size_t i = mLeft.size() - 1; i > 0; --i) {
+        addPoint(mLeft[i]);
+    }
+    closePolygon();
+}
+
+// A cap's points between the two sides' ends, from the right of `outward` round to its left.
+void Stroker::addCap(const Vec& p, const Vec& outward) {
     const double h = mStyle.halfWidth;
     const Vec n = leftOf(outward) * h;
-    beginPiece();
-    addPoint(p - n);
+    mScratch.clear();
     if (mStyle.cap == LineCap::Square) {
-        addPoint(p - n + outward * h);
-        addPoint(p + n + outward * h);
-    } else {
-        addArc(p, -leftOf(outward), kPi);
+        mScratch.push_back(p - n + outward * h);
+        mScratch.push_back(p + n + outward * h);
+    } else if (mStyle.cap == LineCap::Round) {
+        addArc(mScratch, p, -leftOf(outward), kPi);
     }
-    addPoint(p + n);
-    endPiece();
+    for (const Vec& point : mScratch) {
+        addPoint(point);
+    }
 }
 
 // A subpath or dash of no length: a disc, or a square facing `along`.
 void Stroker::addDot(const Vec& p, const Vec& along) {
-    if (mStyle.cap == LineCap::Butt) {
-        return;
-    }
     const double h = mStyle.halfWidth;
-    beginPiece();
+    mScratch.clear();
     if (mStyle.cap == LineCap::Square) {
         const Vec n = leftOf(along) * h;
         const Vec d = along * h;
-        addPoint(p - n - d);
-        addPoint(p - n + d);
-        addPoint(p + n + d);
-        addPoint(p + n - d);
-    } else {
-        addPoint(p + along * h);
-        addArc(p, along, 2.0 * kPi);
+        mScratch.insert(mScratch.end(), {p - n - d, p - n + d, p + n + d, p + n - d});
+    } else if (mStyle.cap == LineCap::Round) {
+        mScratch.push_back(p + along * h);
+        addArc(mScratch, p, along, 2.0 * kPi);
     }
-    endPiece();
+    addPolygon(mScratch, false);
 }
 
-void Stroker::addArc(const Vec& p, const Vec& from, double angle) {
+void Stroker::addArc(Chain& out, const Vec& p, const Vec& from, double angle) {
     const double steps = std::ceil(angle / mArcStep);
     if (!(steps > 1.0)) {
         return;
@@ -245,12 +291,22 @@ void Stroker::addArc(const Vec& p, const Vec& from, double angle) {
     Vec v = from;
     for (int k = 1; k < int(steps); ++k) {
         v = Vec(c * v.X() - s * v.Y(), s * v.X() + c * v.Y());
-        addPoint(p + v * h);
+        out.push_back(p + v * h);
     }
 }
 
-void Stroker::beginPiece() {
-    mPieceStart = static_cast<std::uint32_t>(mPoints.size());
+void Stroker::addPolygon(const Chain& points, bool backwards) {
+    mPolygonStart = static_cast<std::uint32_t>(mPoints.size());
+    if (backwards) {
+        for (auto it = points.rbegin(); it != points.rend(); ++it) {
+            addPoint(*it);
+        }
+    } else {
+        for (const Vec& point : points) {
+            addPoint(point);
+        }
+    }
+    closePolygon();
 }
 
 void Stroker::addPoint(const Vec& p) {
@@ -258,16 +314,16 @@ void Stroker::addPoint(const Vec& p) {
                          static_cast<float>(mMap(1, 0) * p.X() + mMap(1, 1) * p.Y() + mMap(1, 2)));
 }
 
-// Closes the piece's polygon; fewer than three points enclose nothing.
-void Stroker::endPiece() {
+// Joins the points since the polygon began into a closed loop; fewer than three enclose nothing.
+void Stroker::closePolygon() {
     const auto end = static_cast<std::uint32_t>(mPoints.size());
-    if (end - mPieceStart < 3) {
-        mPoints.resize(mPieceStart);
+    if (end - mPolygonStart < 3) {
+        mPoints.resize(mPolygonStart);
         return;
     }
-    for (std::uint32_t i = mPieceStart; i < end; ++i) {
+    for (std::uint32_t i = mPolygonStart; i < end; ++i) {
         mSegments.push_back(i);
-        mSegments.push_back(i + 1 < end ? i + 1 : mPieceStart);
+        mSegments.push_back(i + 1 < end ? i + 1 : mPolygonStart);
     }
 }
 

@@ -180,6 +180,7 @@ TEST(Strokes, AreasMatchTheirAnalyticValues) {
          {LineCap::Butt, LineJoin::MiterClip, 1.2f},
          80 - 4 * clipped},
         {"an open square is capped, not joined, at its start", "M0 0 H10 V10 H0 V0", {}, 79},
+        {"a square narrower than the pen is filled", "M0 0 H1.5 V1.5 H0 Z", {}, 3.5 * 3.5},
         {"dashes", "M0 0 L10 0", {LineCap::Butt, LineJoin::Miter, {}, {2, 1}}, 14},
         {"dash offset", "M0 0 L10 0", {LineCap::Butt, LineJoin::Miter, {}, {2, 1}, 1}, 14},
         {"negative offset", "M0 0 L10 0", {LineCap::Butt, LineJoin::Miter, {}, {2, 1}, -1}, 12},
@@ -513,6 +514,7 @@ TEST(Strokes, CoverageMatchesCairosStroker) {
         {"M0 0 L2 9 L4 1 L6 9 L8 0 L9 9", {LineCap::Round, LineJoin::Round}, 1.2f},
         {"M0 2 C3 -2 7 12 10 5", {LineCap::Round, LineJoin::Round, {}, {2, 1.5f}, 0.7f}, 1},
         {"M1 1 L9 1 L9 9 L1 9 Z", {LineCap::Square, LineJoin::Miter, {}, {3, 2}, 1}, 1},
+        {"M2 3 L3.4 3 L7.4 9.93", {LineCap::Butt, LineJoin::Bevel}, 4},
     };
     const double scale = 40, margin = 2;
     const int size = 14 * 40;

@@ -13,10 +13,11 @@
 
 #include "svg/geometry/detail/StrokeSubpaths.h"
 #include "svg/model/UnitValue.h"
+#include "svg/tqSvgExport.h"
 
 namespace tq::svg::detail {
 
-struct DashPattern {
+struct TQSVG_EXPORT DashPattern {
     // Takes the pattern and offset in the centre lines' units; false when the stroke is solid.
     bool set(const std::vector<UnitValue>& dashes, float dashOffset);
     // An upper bound on the number of dashes along `lines`.
@@ -28,6 +29,7 @@ struct DashPattern {
 };
 
 // The dashes of `lines` in `dashes` (cleared first); `pattern` is one that set() accepted.
-void CutIntoDashes(const StrokeSubpaths& lines, const DashPattern& pattern, StrokeSubpaths& dashes);
+TQSVG_EXPORT void CutIntoDashes(const StrokeSubpaths& lines, const DashPattern& pattern,
+                                StrokeSubpaths& dashes);
 
 }  // namespace tq::svg::detail

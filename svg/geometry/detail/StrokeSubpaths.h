@@ -21,10 +21,11 @@
 #include "svg/model/Line.h"
 #include "svg/model/Path.h"
 #include "svg/model/Rect.h"
+#include "svg/tqSvgExport.h"
 
 namespace tq::svg::detail {
 
-struct StrokeSubpaths {
+struct TQSVG_EXPORT StrokeSubpaths {
     struct Subpath {
         std::uint32_t begin = 0;  // first point
         std::uint32_t end = 0;    // one past the last point
@@ -55,15 +56,16 @@ struct StrokeSubpaths {
 // Each shape item as its stroke follows it, in the item's own coordinates. Curves, arcs and
 // circles come within `distance` of the true shape once mapped by `transform` (as in
 // SegmentPathWithin); `scratch` and `curves` are working space.
-void FlattenPathForStroke(const Path& path, float distance, const Wm4::Matrix3f& transform,
-                          SegmentationUtils::BezierSegmentationWorkspace& curves,
-                          SegmentedPrimitive& scratch, StrokeSubpaths& out);
+TQSVG_EXPORT void FlattenPathForStroke(const Path& path, float distance,
+                                       const Wm4::Matrix3f& transform,
+                                       SegmentationUtils::BezierSegmentationWorkspace& curves,
+                                       SegmentedPrimitive& scratch, StrokeSubpaths& out);
 // The four corners, closed; corner radii are not drawn, as in segmentation. A rectangle with no
 // area is not drawn at all.
-void FlattenRectForStroke(const Rect& rect, StrokeSubpaths& out);
+TQSVG_EXPORT void FlattenRectForStroke(const Rect& rect, StrokeSubpaths& out);
 // Closed, without corners; a circle of no radius is not drawn.
-void FlattenCircleForStroke(const Circle& circle, float distance, const Wm4::Matrix3f& transform,
-                            StrokeSubpaths& out);
-void FlattenLineForStroke(const Line& line, StrokeSubpaths& out);
+TQSVG_EXPORT void FlattenCircleForStroke(const Circle& circle, float distance,
+                                         const Wm4::Matrix3f& transform, StrokeSubpaths& out);
+TQSVG_EXPORT void FlattenLineForStroke(const Line& line, StrokeSubpaths& out);
 
 }  // namespace tq::svg::detail

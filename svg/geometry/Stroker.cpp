@@ -5,6 +5,7 @@
 
 #include "svg/geometry/TriangulatePoly.h"
 #include "svg/geometry/detail/Flattening.h"
+#include "svg/geometry/detail/TriangulateWithinCuts.h"
 
 namespace tq::svg::detail {
 
@@ -18,6 +19,10 @@ constexpr double kMaxMiterLimit = 1e4;
 constexpr double kArcPointBudget = double(1 << 22);
 // Outlines beyond this many points would leave 32-bit indices behind in the triangulation.
 constexpr std::size_t kMaxOutlinePoints = std::size_t(1) << 31;
+// Cut points allowed in the triangulation of an outline: 16 a segment, and a quarter of a million
+// more for small outlines.
+constexpr std::size_t kCutsPerSegment = 16;
+constexpr std::size_t kCutsBase = std::size_t(1) << 18;
 
 // The direction turned a quarter counter-clockwise (y up).
 Vec leftOf(const Vec& d) {
@@ -74,8 +79,12 @@ bool Stroker::stroke(const StrokeSubpaths& lines, const StrokeStyle& style,
         return true;
     }
     const std::size_t points = outPoints.size(), indices = outIndices.size();
-    if (!tq::TriangulatePoly(mPoints, mSegments, outPoints, outIndices,
-                             tq::TriangulationFillRule::NonZero, true)) {
+    // Where the pen is wider than a curve bends, the inner offsets fan out and may all cross
+    // each other; beyond a budget linear in the outline the stroke fails rather than take time
+    // and memory quadratic in it.
+    const std::size_t maxCuts = kCutsPerSegment * (mSegments.size() / 2) + kCutsBase;
+    if (!TriangulateWithinCuts(mPoints, mSegments, outPoints, outIndices,
+                               tq::TriangulationFillRule::NonZero, maxCuts)) {
         outPoints.resize(points);
         outIndices.resize(indices);
         return false;

@@ -1,4 +1,5 @@
 #include "svg/geometry/TriangulatePoly.h"
+#include "svg/geometry/detail/TriangulateWithinCuts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -214,7 +215,9 @@ public:
         std::uint32_t region;  // union-find parent; the root names the region
     };
 
-    void build(const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices);
+    // `maxCuts` bounds the cut points found while splitting; more fail the build.
+    void build(const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices,
+               std::size_t maxCuts = std::numeric_limits<std::size_t>::max());
     void emit(TriangulationFillRule rule, std::vector<Wm4::Vector2f>& outPoints,
               std::vector<unsigned int>& outIndices);
     // Whether the buffers grew too large to be kept for the next outline.
@@ -329,6 +332,7 @@ private:
     // crossing points are applied only after a pass that found no exact cut, so that overlapping
     // pieces are merged before a crossing is rounded onto each of them.
     std::vector<Cut> mCuts;
+    std::size_t mCutCount = 0, mMaxCuts = 0;  // over all rounds of splitting
     std::vector<Cut> mCrossingCuts;
     std::vector<Trapezoid> mTrapezoids;
     double mMinX = 0, mMinY = 0, mScale = 1;
@@ -498,6 +502,9 @@ bool TrapezoidRepresentation::recordIntersection(std::uint32_t s, std::uint32_t 
         const Segment& seg = mSegments[segment];
         if (at == mVertices[seg.upper].grid || at == mVertices[seg.lower].grid) {
             return;
+        }
+        if (++mCutCount > mMaxCuts) {
+            fail();
         }
         into.push_back({segment, addPoint(at, position)});
         found = true;
@@ -1111,8 +1118,10 @@ bool TrapezoidRepresentation::oversized() const {
 }
 
 void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
-                                    const std::vector<unsigned int>& indices) {
+                                    const std::vector<unsigned int>& indices, std::size_t maxCuts) {
     clear();
+    mCutCount = 0;
+    mMaxCuts = maxCuts;
     double minX = std::numeric_limits<double>::infinity(), minY = minX;
     double maxX = -minX, maxY = -minX;
     for (unsigned int index : indices) {
@@ -1444,6 +1453,17 @@ bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
                      const std::vector<unsigned int>& indices,
                      std::vector<Wm4::Vector2f>& outPoints, std::vector<unsigned int>& outIndices,
                      TriangulationFillRule rule, bool /*skipDegenerate: no effect*/) {
+    return svg::detail::TriangulateWithinCuts(points, indices, outPoints, outIndices, rule,
+                                              std::numeric_limits<std::size_t>::max());
+}
+
+namespace svg::detail {
+
+bool TriangulateWithinCuts(const std::vector<Wm4::Vector2f>& points,
+                           const std::vector<unsigned int>& indices,
+                           std::vector<Wm4::Vector2f>& outPoints,
+                           std::vector<unsigned int>& outIndices, TriangulationFillRule rule,
+                           std::size_t maxCuts) {
     if (indices.size() % 2 != 0) {
         return false;
     }
@@ -1454,7 +1474,7 @@ bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
     }
     bool ok = true;
     try {
-        representation->build(points, indices);
+        representation->build(points, indices, maxCuts);
         representation->emit(rule, outPoints, outIndices);
     } catch (const std::exception&) {
         ok = false;
@@ -1464,5 +1484,7 @@ bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
     }
     return ok;
 }
+
+}  // namespace svg::detail
 
 }  // namespace tq

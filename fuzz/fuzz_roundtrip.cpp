@@ -1,7 +1,8 @@
 // Load, save, load: whatever loads must save, and what was saved must load back with the same
 // options into an equal tree, and save again into the same bytes. A tree read with the standard
 // profile holds only what the library models, so its saved text must load back under the subset
-// into an equal tree, without a message.
+// into an equal tree, losing nothing but its miter limits and dash offsets (which the subset
+// does not read).
 //
 // Input bytes:
 //   0     options: bit 0 ignores unsupported content on both loads; bit 1 saves indented; bit 2
@@ -24,6 +25,7 @@
 // composing it with the identity gives NaN), and an svg nested in another declares the namespace
 // again, which the loader refuses. Everything else the loader can produce is written in a form
 // it reads back, a style sheet holding "]]>" included (its CDATA section is split there).
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -114,6 +116,22 @@ void carriedBack(tq::svg::ItemInterface& item, bool& stable) {
     }
 }
 
+// The properties only the standard profile reads, and the subset skips with a warning.
+constexpr const char* kStandardOnly[] = {"\"stroke-miterlimit\"", "\"stroke-dashoffset\""};
+
+void withoutStandardOnly(tq::svg::ItemInterface& item) {
+    auto& properties = item.editProperties();
+    properties.strokeMiterlimit.reset();
+    properties.strokeDashoffset.reset();
+    if (auto* node = dynamic_cast<tq::svg::Node*>(&item)) {
+        for (const auto& child : node->editChildren()) {
+            if (child) {
+                withoutStandardOnly(*child);
+            }
+        }
+    }
+}
+
 // False for what is deliberately not carried back: non-finite path numbers or transforms and an
 // svg below the root.
 bool carriable(const tq::svg::ItemInterface& item, bool root) {
@@ -166,9 +184,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                        tq::fuzz::joined(second.messages) + "saved:\n" + saved);
     }
     bool stable = !standard;
-    if (standard && !second.messages.empty()) {
-        tq::fuzz::fail(kTarget, "the subset did not read a standard tree back",
-                       tq::fuzz::joined(second.messages) + "saved:\n" + saved);
+    if (standard) {
+        for (const std::string& message : second.messages) {
+            const auto names = [&message](const char* name) {
+                return message.find(name) != std::string::npos;
+            };
+            if (std::none_of(std::begin(kStandardOnly), std::end(kStandardOnly), names)) {
+                tq::fuzz::fail(kTarget, "the subset did not read a standard tree back: " + message,
+                               "saved:\n" + saved);
+            }
+        }
+        withoutStandardOnly(*first.root);
     }
     carriedBack(*first.root, stable);
     const std::string difference = tq::test::TreeDifference(*first.root, *second.root);

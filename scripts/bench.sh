@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Builds the benchmarks in Release, runs each beside its peer and prints one table: ours, the
 # peer, the ratio and the goal for every row (loading beside libxml2's floor and resvg's parse,
-# saving beside the bytes moved by memcpy and fwrite, filling beside the GLU tessellator, the tool
-# rendering mdi's icons beside rsvg-convert).
+# saving beside the bytes moved by memcpy and fwrite, filling beside the GLU tessellator, stroking
+# beside Clipper's offsetting, the tool rendering mdi's icons beside rsvg-convert).
 #
 #   scripts/bench.sh [OUTDIR]      results and the table go to OUTDIR (default build/bench/results)
 #
@@ -16,7 +16,7 @@ cache=${XDG_CACHE_HOME:-$HOME/.cache}
 icons=${TQSVG_ICON_CACHE:-$cache/tqsvg-icons}
 peers=$cache/tqsvg-bench
 resvg_pin="@resvg/resvg-js@2.6.2"
-icon_pins=("@mdi/svg@7.4.47" "simple-icons@16.37.0")
+icon_pins=("@mdi/svg@7.4.47" "simple-icons@16.37.0" "lucide-static@1.62.0")
 
 "$root/scripts/setup.sh" --bench
 cd "$root"
@@ -31,7 +31,8 @@ step() { printf '\n== %s\n' "$*" >&2; }
 step "peers from npm (into $cache)"
 [ -d "$peers/node_modules/@resvg/resvg-js" ] ||
     npm install --prefix "$peers" --no-save --no-audit --no-fund "$resvg_pin" >/dev/null
-[ -d "$icons/node_modules/@mdi/svg/svg" ] && [ -d "$icons/node_modules/simple-icons/icons" ] ||
+[ -d "$icons/node_modules/@mdi/svg/svg" ] && [ -d "$icons/node_modules/simple-icons/icons" ] &&
+    [ -d "$icons/node_modules/lucide-static/icons" ] ||
     npm install --prefix "$icons" --no-save --no-audit --no-fund --ignore-scripts "${icon_pins[@]}" >/dev/null
 export TQSVG_ICON_CACHE=$icons
 
@@ -61,6 +62,7 @@ fi
 "$before/build/bench/bench_segment" --benchmark_filter=Pipeline/generated --benchmark_repetitions=3 \
     --benchmark_out="$out/bench_segment_before.json" --benchmark_out_format=json >&2
 run_bench bench_triangulate
+run_bench bench_stroke --benchmark_repetitions=3
 
 step "resvg's parse of the load benchmark's document"
 "$bin/generate_document" "$out/document.svg"

@@ -105,6 +105,15 @@ for name, b in ours_runs.items():
         row("fill icon outlines, per vertex", f"{per_vertex:.0f} ns", f"GLU {glu_per_vertex:.0f} ns",
             "", "< 150 ns", per_vertex < 150)
 
+stroke = load("bench_stroke.json")
+for name, what in (("lucide_icons", "stroke lucide's icons (round joins and caps)"),
+                   ("random_walk_100k", "stroke a 100,000-segment random walk (miter joins)")):
+    ours, clipper = aggregate(stroke, f"Stroke/{name}", "median"), aggregate(stroke, f"ClipperOffset/{name}", "median")
+    if ours and clipper:
+        ratio = ms(clipper) / ms(ours)
+        row(what, f"{ms(ours):.0f} ms", f"ClipperOffset {ms(clipper):.0f} ms (outline only)",
+            f"{ratio:.2f}x", ">= 1.5x", ratio >= 1.5)
+
 # Ours beside the same benchmark built from the code before the speed work, both medians.
 segment = aggregate(load("bench_segment.json"), "Pipeline/generated_10k_paths", "median")
 before = aggregate(load("bench_segment_before.json"), "Pipeline/generated_10k_paths", "median")

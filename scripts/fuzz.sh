@@ -15,7 +15,7 @@ case "$seconds" in
     '' | *[!0-9]*) echo "usage: scripts/fuzz.sh [SECONDS]" >&2; exit 2 ;;
 esac
 build=${TQSVG_FUZZ_BUILD:-build/fuzz}
-targets=(${TQSVG_FUZZ_TARGETS:-triangulate load path_data attributes roundtrip segment})
+targets=(${TQSVG_FUZZ_TARGETS:-triangulate load path_data attributes roundtrip segment stroke})
 
 scripts/setup.sh --fuzz
 
@@ -33,7 +33,7 @@ for target in "${targets[@]}"; do
     cp fuzz/corpus/"$target"/* "$work/$target/"
     options=(-max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1
              -artifact_prefix="$findings/$target-")
-    if [ "$target" != triangulate ]; then
+    if [ "$target" != triangulate ] && [ "$target" != stroke ]; then
         options+=(-dict=fuzz/svg.dict)
     fi
     log=$findings/$target.log

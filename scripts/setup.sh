@@ -14,7 +14,9 @@ packages=(
 )
 case "${1:-}" in
     --fuzz) packages+=(clang libclang-rt-14-dev) ;;
-    --bench) command -v npm >/dev/null || packages+=(nodejs npm) ;;  # any node will do
+    --bench)
+        packages+=(libpolyclipping-dev)  # Clipper, the peer of stroking
+        command -v npm >/dev/null || packages+=(nodejs npm) ;;  # any node will do
 esac
 
 missing=()

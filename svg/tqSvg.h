@@ -49,6 +49,7 @@
 // Geometry.
 #include "svg/geometry/CleanupContour.h"
 #include "svg/geometry/ComputeEstimatedBoundingBox.h"
+#include "svg/geometry/SegmentOptions.h"
 #include "svg/geometry/SegmentShapes.h"
 #include "svg/geometry/SegmentationUtils.h"
 #include "svg/geometry/SegmentedPrimitive.h"

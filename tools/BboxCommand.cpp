@@ -13,14 +13,18 @@ struct BboxOptions {
     BatchSettings batch;
 };
 
-// The extent of the content: the library's estimate under the subset (curves add nothing to it,
-// deliberately), the drawn geometry, curves included, otherwise.
+// The extent of the content with its strokes: the library's estimate under the subset (curves
+// add nothing to it, deliberately) with the strokes' extent, the drawn geometry otherwise.
 tq::svg::BoundingBox extentOf(const tq::svg::ItemInterface& root, const BboxOptions& o) {
+    if (!o.reading.subset) {
+        return GeometryExtent(root);
+    }
     tq::svg::BoundingBox box;
-    if (o.reading.subset) {
-        tq::svg::ComputeEstimatedBoundingBox(root, box, nullptr, nullptr);
-    } else {
-        box = GeometryExtent(root);
+    tq::svg::ComputeEstimatedBoundingBox(root, box, nullptr, nullptr);
+    const tq::svg::BoundingBox strokes = StrokeExtent(root);
+    if (strokes.isValid()) {
+        box.expandToContain(strokes.min);
+        box.expandToContain(strokes.max);
     }
     return box;
 }
@@ -49,11 +53,7 @@ bool writeFitted(tq::svg::ItemInterface& root, const InputFile& input, const std
         report.err += input.path + ": the root is not a document\n";
         return false;
     }
-    if (o.reading.subset) {
-        document->computeEstimatedViewboxFromContent();
-    } else {
-        document->editViewbox() = extentOf(*document, o);
-    }
+    document->editViewbox() = extentOf(*document, o);
     tq::svg::tqSvgDriver driver;
     return (!several || CreateParentDirectory(target, report.err)) &&
            SaveDocument(driver, *document, target.empty() ? "-" : target, tq::svg::SaveOptions(),
@@ -95,8 +95,8 @@ Command AddBboxCommand(CLI::App& app) {
         "bbox",
         "Print the bounding box of documents' content: x y width height, or \"empty\" (after "
         "the file's name when there are several). Curves are measured on their segmented "
-        "outlines (with --subset: the library's estimate, which leaves cubic curves out). "
-        "Stroke widths are not included.");
+        "outlines (with --subset: the library's estimate, which leaves cubic curves out), "
+        "strokes on the library's stroke triangles, with their widths, joins and caps.");
     bbox->add_option("inputs", o->inputs, "SVG files, directories, or - for standard input")
         ->required();
     bbox->add_flag("--fit", o->fit,

@@ -23,15 +23,17 @@ double millisecondsSince(std::chrono::steady_clock::time_point start) {
 
 std::string statsText(const tq::svg::SegmenterVisitor::PrimitiveList& primitives, double loadMs,
                       double segmentMs) {
-    std::size_t points = 0, segments = 0, triangles = 0;
+    std::size_t points = 0, segments = 0, triangles = 0, strokeTriangles = 0;
     for (const auto& primitive : primitives) {
         points += primitive->points.size();
         segments += primitive->indices.size() / 2;
         triangles += primitive->triangleIndices.size() / 3;
+        strokeTriangles += primitive->strokeTriangleIndices.size() / 3;
     }
     return "primitives: " + std::to_string(primitives.size()) +
            "\noutline points: " + std::to_string(points) +
            "\nsegments: " + std::to_string(segments) + "\ntriangles: " + std::to_string(triangles) +
+           "\nstroke triangles: " + std::to_string(strokeTriangles) +
            "\nload: " + std::to_string(loadMs) + " ms\nsegment: " + std::to_string(segmentMs) +
            " ms\n";
 }
@@ -49,7 +51,10 @@ bool meshOne(const InputFile& input, const std::string& target, const MeshOption
     }
     const double loadMs = millisecondsSince(loadStart);
     const auto segmentStart = std::chrono::steady_clock::now();
-    tq::svg::SegmenterVisitor visitor(*root, o.tolerance);
+    tq::svg::SegmentOptions options;
+    options.tolerance = o.tolerance;
+    options.strokes = true;
+    tq::svg::SegmenterVisitor visitor(*root, options);
     const double segmentMs = millisecondsSince(segmentStart);
     if (visitor.hasError()) {
         report.err += input.path +
@@ -87,9 +92,10 @@ Command AddMeshCommand(CLI::App& app) {
     auto o = std::make_shared<MeshOptions>();
     CLI::App* mesh = app.add_subcommand(
         "mesh",
-        "Segment documents into outlines and fill triangles, written as JSON: per shape its "
-        "fill and stroke colours, stroke width, outline points and segments, triangle points "
-        "and triangles. Several inputs or a directory write into the directory given as "
+        "Segment documents into outlines, fill triangles and stroke triangles, written as "
+        "JSON: per shape its fill and stroke colours, stroke width, outline points and "
+        "segments, triangle points and triangles, stroke triangle points and stroke "
+        "triangles. Several inputs or a directory write into the directory given as "
         "--output, each at the input's relative path with the extension .json. Exit 1 when a "
         "filled shape could not be triangulated.");
     mesh->add_option("inputs", o->inputs, "SVG files, directories, or - for standard input")
@@ -98,8 +104,9 @@ Command AddMeshCommand(CLI::App& app) {
                      "output file (default: standard output); a directory for several inputs");
     mesh->add_flag("--stats", o->stats, "Print counts and timings instead of the mesh");
     mesh->add_option("--tolerance", o->tolerance,
-                     "Flatten curves, arcs and circles within this distance in document units "
-                     "(default: the library's fixed point counts)")
+                     "Flatten curves, arcs, circles and round joins and caps within this "
+                     "distance in document units (default: the library's fixed point counts for "
+                     "fills, and for a stroke the smaller of 0.1 and a twentieth of its width)")
         ->check(CLI::NonNegativeNumber);
     AddReadingOptions(*mesh, o->reading);
     AddBatchOptions(*mesh, o->batch);

@@ -80,6 +80,8 @@ void AppendMeshJson(std::string& out,
         appendIndices(out, "segments", primitive->indices);
         appendPoints(out, "trianglePoints", primitive->trianglePoints);
         appendIndices(out, "triangles", primitive->triangleIndices);
+        appendPoints(out, "strokeTrianglePoints", primitive->strokeTrianglePoints);
+        appendIndices(out, "strokeTriangles", primitive->strokeTriangleIndices);
         out += '}';
     }
     out += "\n]}\n";

@@ -9,8 +9,9 @@
 
 // Appends one JSON document: {"error": bool, "primitives": [...]}, each primitive with its fill
 // and stroke colours (RGBA in [0, 1], opacity applied), stroke width, outline points (flat x, y
-// pairs), segments (index pairs), triangle points and triangles (index triples). Non-finite
-// numbers become null, as JSON has no spelling for them.
+// pairs), segments (index pairs), fill triangle points and triangles (index triples), and stroke
+// triangle points and triangles. Non-finite numbers become null, as JSON has no spelling for
+// them.
 void AppendMeshJson(std::string& out,
                     const std::list<std::shared_ptr<tq::svg::SegmentedPrimitive>>& primitives,
                     bool error);

@@ -15,8 +15,6 @@ namespace {
 // Cairo keeps coordinates in 24.8 fixed point: farther values would wrap around. Clamping moves
 // a far vertex by less than a pixel's worth of slope inside any picture this tool makes.
 constexpr double kCoordinateLimit = 4.0e6;
-// SVG's default miter limit; cairo's own is 10.
-constexpr double kMiterLimit = 4.0;
 
 using SurfacePointer = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 using ContextPointer = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
@@ -69,15 +67,14 @@ void setSource(cairo_t* cr, const Wm4::ColorRGBA& colour) {
     cairo_set_source_rgba(cr, colour.R(), colour.G(), colour.B(), colour.A());
 }
 
-// Adds the primitive's triangles as one path, each wound counter-clockwise on screen, so that
-// edges shared by two triangles cancel out.
-void addTriangles(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
-    const auto& indices = primitive.triangleIndices;
+// Adds triangles as one path, each wound counter-clockwise on screen, so that edges shared by
+// two triangles cancel out.
+void addTriangles(cairo_t* cr, const View& view, const std::vector<Wm4::Vector2f>& points,
+                  const std::vector<unsigned int>& indices) {
     for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
         Pixel a, b, c;
-        if (!toPixel(view, primitive.trianglePoints, indices[i], a) ||
-            !toPixel(view, primitive.trianglePoints, indices[i + 1], b) ||
-            !toPixel(view, primitive.trianglePoints, indices[i + 2], c)) {
+        if (!toPixel(view, points, indices[i], a) || !toPixel(view, points, indices[i + 1], b) ||
+            !toPixel(view, points, indices[i + 2], c)) {
             continue;
         }
         if ((b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x) < 0.0) {
@@ -90,141 +87,34 @@ void addTriangles(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimiti
     }
 }
 
-// All triangles of a shape are filled as one path rather than one by one: the rasteriser then
-// computes each pixel's coverage once for the whole shape, so the outer edges stay
-// antialiased while the edges between triangles leave no seams.
-void fillPrimitive(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
-    if (!primitive.properties.hasFill() || primitive.triangleIndices.empty()) {
-        return;
-    }
-    const Wm4::ColorRGBA colour = primitive.properties.parseFillColor();
-    if (!(colour.A() > 0.0f)) {
+// All triangles of a fill or stroke are filled as one path rather than one by one: the
+// rasteriser then computes each pixel's coverage once for the whole shape, so the outer edges
+// stay antialiased while the edges between triangles leave no seams.
+void fillTriangles(cairo_t* cr, const View& view, const std::vector<Wm4::Vector2f>& points,
+                   const std::vector<unsigned int>& indices, const Wm4::ColorRGBA& colour) {
+    if (indices.empty() || !(colour.A() > 0.0f)) {
         return;
     }
     cairo_new_path(cr);
-    addTriangles(cr, view, primitive);
+    addTriangles(cr, view, points, indices);
     cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
     setSource(cr, colour);
     cairo_fill(cr);
 }
 
-// Consecutive segments that share an index become one polyline, closed when it comes back to
-// its first point, so that strokes get joins instead of caps at every vertex.
-void addOutline(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
-    const auto& points = primitive.points;
-    const auto& indices = primitive.indices;
-    bool open = false;
-    unsigned int first = 0;
-    unsigned int last = 0;
-    const auto finish = [&] {
-        if (open && (last == first || points[last] == points[first])) {
-            cairo_close_path(cr);
-        }
-        open = false;
-    };
-    for (std::size_t i = 0; i + 1 < indices.size(); i += 2) {
-        Pixel a, b;
-        if (!toPixel(view, points, indices[i], a) || !toPixel(view, points, indices[i + 1], b)) {
-            finish();
-            continue;
-        }
-        if (!open || indices[i] != last) {
-            finish();
-            cairo_move_to(cr, a.x, a.y);
-            first = indices[i];
-            open = true;
-        }
-        cairo_line_to(cr, b.x, b.y);
-        last = indices[i + 1];
-    }
-    finish();
-}
-
-cairo_line_cap_t toCairo(tq::svg::LineCap cap) {
-    switch (cap) {
-        case tq::svg::LineCap::Round:
-            return CAIRO_LINE_CAP_ROUND;
-        case tq::svg::LineCap::Square:
-            return CAIRO_LINE_CAP_SQUARE;
-        default:
-            return CAIRO_LINE_CAP_BUTT;
+void fillPrimitive(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
+    if (primitive.properties.hasFill()) {
+        fillTriangles(cr, view, primitive.trianglePoints, primitive.triangleIndices,
+                      primitive.properties.parseFillColor());
     }
 }
 
-cairo_line_join_t toCairo(tq::svg::LineJoin join) {
-    switch (join) {
-        case tq::svg::LineJoin::Round:
-            return CAIRO_LINE_JOIN_ROUND;
-        case tq::svg::LineJoin::Bevel:
-            return CAIRO_LINE_JOIN_BEVEL;
-        default:  // miter-clip and arcs fall back to miter, as SVG viewers without them do
-            return CAIRO_LINE_JOIN_MITER;
-    }
-}
-
-// Dashes in pixels; none when a length has a unit other than px or the pattern is empty.
-void setDashes(cairo_t* cr, const tq::svg::RenderingProperties& properties, double scale) {
-    std::vector<double> dashes;
-    double sum = 0.0;
-    if (properties.strokeDasharray) {
-        for (const tq::svg::UnitValue& length : *properties.strokeDasharray) {
-            const double pixels = double(length.value) * scale;
-            const bool plain =
-                length.unit == tq::svg::Unit::None || length.unit == tq::svg::Unit::Px;
-            if (!plain || !std::isfinite(pixels) || pixels < 0.0) {
-                dashes.clear();
-                sum = 0.0;
-                break;
-            }
-            dashes.push_back(std::min(pixels, kCoordinateLimit));
-            sum += dashes.back();
-        }
-    }
-    if (sum > 0.0) {
-        cairo_set_dash(cr, dashes.data(), static_cast<int>(dashes.size()), 0.0);
-    } else {
-        cairo_set_dash(cr, nullptr, 0, 0.0);
-    }
-}
-
+// The library's stroke triangles, over the fill.
 void strokePrimitive(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
-    const tq::svg::RenderingProperties& properties = primitive.properties;
-    if (!properties.hasStroke() || primitive.indices.empty()) {
-        return;
+    if (primitive.properties.hasStroke()) {
+        fillTriangles(cr, view, primitive.strokeTrianglePoints, primitive.strokeTriangleIndices,
+                      primitive.properties.parseStrokeColor());
     }
-    const bool nonScaling = properties.vectorEffect &&
-                            (*properties.vectorEffect & tq::svg::VectorEffect::NonScalingStroke) !=
-                                tq::svg::VectorEffect::None;
-    const double width = double(properties.strokeWidth.value_or(1.0f));
-    const Wm4::ColorRGBA colour = properties.parseStrokeColor();
-    if (!std::isfinite(width) || !(width > 0.0) || !(colour.A() > 0.0f)) {
-        return;
-    }
-    cairo_new_path(cr);
-    addOutline(cr, view, primitive);
-    // The path is already in pixels; the pen is set afterwards in the item's own units, so it
-    // grows and turns with the item's transform and the view, as the item's geometry did. A
-    // non-scaling stroke is as wide on the screen as written.
-    const Wm4::Matrix3f& m = primitive.transform;
-    cairo_matrix_t pen;
-    cairo_matrix_init(&pen, view.scale * m(0, 0), view.scale * m(1, 0), view.scale * m(0, 1),
-                      view.scale * m(1, 1), 0.0, 0.0);
-    const double determinant = pen.xx * pen.yy - pen.xy * pen.yx;
-    double unit = 1.0;  // what one unit of width and dashes spans in the pen's space
-    if (nonScaling || !std::isfinite(determinant) || determinant == 0.0) {
-        unit = nonScaling ? 1.0 : 0.0;
-    } else {
-        cairo_set_matrix(cr, &pen);
-    }
-    const double limit = kCoordinateLimit / std::sqrt(std::max(std::fabs(determinant), 1e-12));
-    cairo_set_line_width(cr, std::min(width * unit, limit));
-    cairo_set_line_cap(cr, toCairo(properties.strokeLinecap.value_or(tq::svg::LineCap::Butt)));
-    cairo_set_line_join(cr, toCairo(properties.strokeLinejoin.value_or(tq::svg::LineJoin::Miter)));
-    cairo_set_miter_limit(cr, kMiterLimit);
-    setDashes(cr, properties, unit);
-    setSource(cr, colour);
-    cairo_stroke(cr);
-    cairo_identity_matrix(cr);
 }
 
 // Black over light fills, white over dark ones.
@@ -234,17 +124,24 @@ Wm4::ColorRGBA contrastingColour(const Wm4::ColorRGBA& fill) {
                             : Wm4::ColorRGBA(1.0f, 1.0f, 1.0f, 0.8f);
 }
 
-void drawWireframe(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
-    if (primitive.triangleIndices.empty()) {
+void outlineTriangles(cairo_t* cr, const View& view, const std::vector<Wm4::Vector2f>& points,
+                      const std::vector<unsigned int>& indices, const Wm4::ColorRGBA& under) {
+    if (indices.empty()) {
         return;
     }
     cairo_new_path(cr);
-    addTriangles(cr, view, primitive);
+    addTriangles(cr, view, points, indices);
     cairo_set_line_width(cr, 0.75);
     cairo_set_line_join(cr, CAIRO_LINE_JOIN_BEVEL);
-    cairo_set_dash(cr, nullptr, 0, 0.0);
-    setSource(cr, contrastingColour(primitive.properties.parseFillColor()));
+    setSource(cr, contrastingColour(under));
     cairo_stroke(cr);
+}
+
+void drawWireframe(cairo_t* cr, const View& view, const tq::svg::SegmentedPrimitive& primitive) {
+    outlineTriangles(cr, view, primitive.trianglePoints, primitive.triangleIndices,
+                     primitive.properties.parseFillColor());
+    outlineTriangles(cr, view, primitive.strokeTrianglePoints, primitive.strokeTriangleIndices,
+                     primitive.properties.parseStrokeColor());
 }
 
 void draw(cairo_t* cr, const View& view, const tq::svg::SegmenterVisitor::PrimitiveList& shapes,
@@ -316,7 +213,10 @@ RenderOutcome RenderPng(const tq::svg::ItemInterface& root, const RenderSettings
     constexpr double kPixelTolerance = 0.05;
     RenderOutcome outcome;
     const View view = FitView(chooseBox(root, settings.extentsFromGeometry), settings.size);
-    tq::svg::SegmenterVisitor segmenter(root, static_cast<float>(kPixelTolerance / view.scale));
+    tq::svg::SegmentOptions options;
+    options.tolerance = static_cast<float>(kPixelTolerance / view.scale);
+    options.strokes = true;
+    tq::svg::SegmenterVisitor segmenter(root, options);
     outcome.segmentationError = segmenter.hasError();
     SurfacePointer surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, view.width, view.height),
                            &cairo_surface_destroy);

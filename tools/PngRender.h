@@ -7,7 +7,7 @@
 
 struct RenderSettings {
     int size = 512;          // the larger side of the picture in pixels
-    bool wireframe = false;  // outline every fill triangle on top
+    bool wireframe = false;  // outline every fill and stroke triangle on top
     Wm4::ColorRGBA background{0.0f, 0.0f, 0.0f, 0.0f};
     // Without a viewBox: fit the extent of the segmented geometry (curves included) rather than
     // the library's estimate, which leaves cubics out.
@@ -36,8 +36,9 @@ struct RenderOutcome {
     std::string error;
 };
 
-// Segments `root` (curves within a fraction of a pixel), draws fills, then strokes, shape by
-// shape, and writes the picture as PNG to `output` ("-" for standard output). The picture shows
-// the document's viewBox, else the content's extent, else 0 0 100 100.
+// Segments `root` (curves within a fraction of a pixel), draws each shape's fill and then its
+// stroke, both from the library's triangles alone, and writes the picture as PNG to `output` ("-"
+// for standard output). The picture shows the document's viewBox, else the content's extent, else
+// 0 0 100 100.
 RenderOutcome RenderPng(const tq::svg::ItemInterface& root, const RenderSettings& settings,
                         const std::string& output);

@@ -84,8 +84,9 @@ Command AddRenderCommand(CLI::App& app) {
     auto o = std::make_shared<RenderOptions>();
     CLI::App* render = app.add_subcommand(
         "render",
-        "Segment documents and draw them as PNG pictures: fills from the triangles, outlines "
-        "stroked with their width, the viewBox (else the content's extent) fitted into the "
+        "Segment documents and draw them as PNG pictures from the library's triangles alone, "
+        "each shape's fill and then its stroke, the viewBox (else the content's extent) fitted "
+        "into the "
         "picture. Several inputs or a directory draw into the directory given as --output, "
         "each picture at the input's relative path with the extension .png. A shape that "
         "could not be filled is a warning, not a failure.");
@@ -100,7 +101,7 @@ Command AddRenderCommand(CLI::App& app) {
                      "Larger side of the picture in pixels (default 512)")
         ->check(CLI::Range(1, 8192));
     render->add_flag("--wireframe", o->settings.wireframe,
-                     "Outline every fill triangle in a thin contrasting line");
+                     "Outline every fill and stroke triangle in a thin contrasting line");
     render->add_option("--background", o->background,
                        "Background colour as SVG writes it (#rrggbb, rgb(), a name); default "
                        "transparent");

@@ -224,15 +224,23 @@ bool ReportUnreadable(const InputFile& input, JobReport& report) {
 
 namespace {
 
-tq::svg::BoundingBox outlineBox(const tq::svg::ItemInterface& root, float tolerance) {
-    tq::svg::SegmenterVisitor segmenter(root, tolerance);
+// The outline points, and with `strokes` the stroke triangles' points too.
+tq::svg::BoundingBox drawnBox(const tq::svg::ItemInterface& root, float tolerance, bool strokes) {
+    tq::svg::SegmentOptions options;
+    options.tolerance = tolerance;
+    options.strokes = strokes;
+    tq::svg::SegmenterVisitor segmenter(root, options);
     tq::svg::BoundingBox box;
-    for (const auto& primitive : segmenter.getSegmentedPrimitives()) {
-        for (const Wm4::Vector2f& point : primitive->points) {
+    const auto add = [&box](const std::vector<Wm4::Vector2f>& points) {
+        for (const Wm4::Vector2f& point : points) {
             if (std::isfinite(point.X()) && std::isfinite(point.Y())) {
                 box.expandToContain(point);
             }
         }
+    };
+    for (const auto& primitive : segmenter.getSegmentedPrimitives()) {
+        add(primitive->points);
+        add(primitive->strokeTrianglePoints);
     }
     return box;
 }
@@ -241,14 +249,27 @@ tq::svg::BoundingBox outlineBox(const tq::svg::ItemInterface& root, float tolera
 
 // Outline points lie on the curves, so the box can only fall short of a curve's extreme, by
 // less than the flattening tolerance: a first rough pass gives the size that tolerance is taken
-// from.
+// from. Strokes come within the same tolerance.
 tq::svg::BoundingBox GeometryExtent(const tq::svg::ItemInterface& root) {
-    const tq::svg::BoundingBox rough = outlineBox(root, 0.0f);
+    const tq::svg::BoundingBox rough = drawnBox(root, 0.0f, false);
     const float size = std::max(rough.getWidth(), rough.getHeight());
     if (!rough.isValid() || !std::isfinite(size) || !(size > 0.0f)) {
-        return rough;
+        return drawnBox(root, 0.0f, true);
     }
-    return outlineBox(root, size * 1e-4f);
+    return drawnBox(root, size * 1e-4f, true);
+}
+
+tq::svg::BoundingBox StrokeExtent(const tq::svg::ItemInterface& root) {
+    tq::svg::SegmentOptions options;
+    options.strokes = true;
+    tq::svg::SegmenterVisitor segmenter(root, options);
+    tq::svg::BoundingBox box;
+    for (const auto& primitive : segmenter.getSegmentedPrimitives()) {
+        for (const Wm4::Vector2f& point : primitive->strokeTrianglePoints) {
+            box.expandToContain(point);
+        }
+    }
+    return box;
 }
 
 void AddReadingOptions(CLI::App& command, ReadingOptions& reading) {

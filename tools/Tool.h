@@ -64,9 +64,12 @@ struct ReadingOptions {
 bool LoadDocument(const std::string& file, const ReadingOptions& reading, RootPointer& root,
                   std::string& err);
 
-// The extent of the content as drawn, curves included: the outlines segmented within a
-// ten-thousandth of the content's size; invalid when there is none.
+// The extent of the content as drawn, curves and strokes included: the outlines and strokes
+// segmented within a ten-thousandth of the content's size; invalid when there is none.
 tq::svg::BoundingBox GeometryExtent(const tq::svg::ItemInterface& root);
+// The extent of the strokes alone, as the library's stroke triangles cover them (flattened within
+// its default tolerance); invalid when nothing is stroked.
+tq::svg::BoundingBox StrokeExtent(const tq::svg::ItemInterface& root);
 
 // Saves `item` as SVG to a file of any extension, or standard output for "-"; messages and a
 // failure are appended to `err`.

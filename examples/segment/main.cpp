@@ -1,5 +1,5 @@
-// Loads an SVG file, turns it into outlines and fill triangles, adds a shape built in code, and
-// prints what a renderer would receive.   usage: segment FILE.svg
+// Loads an SVG file, turns it into outlines, fill triangles and stroke triangles, adds a shape
+// built in code, and prints what a renderer would receive.   usage: segment FILE.svg
 #include <svg/tqSvg.h>
 
 #include <cstdio>
@@ -7,16 +7,20 @@
 namespace {
 
 void printShapes(const tq::svg::SegmenterVisitor::PrimitiveList& shapes) {
-    std::size_t segments = 0, triangles = 0;
+    std::size_t segments = 0, triangles = 0, strokeTriangles = 0;
     for (const auto& shape : shapes) {
         const Wm4::ColorRGBA fill = shape->properties.parseFillColor();  // opacity applied
-        std::printf("  %3zu segments %4zu triangles  fill rgba(%.2f %.2f %.2f %.2f)\n",
-                    shape->indices.size() / 2, shape->triangleIndices.size() / 3, fill.R(),
-                    fill.G(), fill.B(), fill.A());
+        std::printf(
+            "  %3zu segments %4zu triangles %4zu stroke triangles  fill rgba(%.2f %.2f "
+            "%.2f %.2f)\n",
+            shape->indices.size() / 2, shape->triangleIndices.size() / 3,
+            shape->strokeTriangleIndices.size() / 3, fill.R(), fill.G(), fill.B(), fill.A());
         segments += shape->indices.size() / 2;
         triangles += shape->triangleIndices.size() / 3;
+        strokeTriangles += shape->strokeTriangleIndices.size() / 3;
     }
-    std::printf("%zu shapes, %zu segments, %zu triangles\n", shapes.size(), segments, triangles);
+    std::printf("%zu shapes, %zu segments, %zu triangles, %zu stroke triangles\n", shapes.size(),
+                segments, triangles, strokeTriangles);
 }
 
 }  // namespace
@@ -50,7 +54,8 @@ int main(int argc, char** argv) {
     frame->editProperties().fill = "teal";
     document->editChildren().push_back(frame);
 
-    tq::svg::SegmenterVisitor segmenter(*document);
+    // Within 0.05 units of the curves, strokes as triangles too.
+    tq::svg::SegmenterVisitor segmenter(*document, tq::svg::SegmentOptions{0.05f, true});
     printShapes(segmenter.getSegmentedPrimitives());
     return segmenter.hasError() ? 1 : 0;
 }

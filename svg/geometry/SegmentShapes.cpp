@@ -80,12 +80,12 @@ void appendArc(SegmentedPrimitive& primitive, const PathEllipticalArc& arc, bool
     }
 }
 
-std::shared_ptr<SegmentedPrimitive> segmentPath(
-    const Path& path, const Cuts& cuts, const RenderingProperties* properties,
-    SegmentationUtils::BezierSegmentationWorkspace* workspace, bool* error) {
-    SegmentationUtils::BezierSegmentationWorkspace temporary;
-    SegmentationUtils::BezierSegmentationWorkspace& work = workspace ? *workspace : temporary;
-    SegmentedPrimitive flat;
+// Appends the path's pieces to `flat` as `cuts` cut them, telling `piece` (when set) after each
+// one whether it began a new run and whether it closed its subpath.
+void flattenPath(const Path& path, const Cuts& cuts,
+                 SegmentationUtils::BezierSegmentationWorkspace& work, SegmentedPrimitive& flat,
+                 const detail::PieceCallback& piece) {
+    const PathVisitorCommandsToPrimitives* self = nullptr;  // the visitor, once it exists
     PathVisitorCommandsToPrimitives visitor(
         path.commands, [&](std::unique_ptr<PathPrimitive>& primitive, bool newRun) {
             // A run can only continue from a point that exists (a skipped first curve).
@@ -114,8 +114,20 @@ std::shared_ptr<SegmentedPrimitive> segmentPath(
                     break;
                 }
             }
+            if (piece) {
+                piece(startNewRun, self->closesSubpath());
+            }
         });
+    self = &visitor;
     visitor.visit();
+}
+
+std::shared_ptr<SegmentedPrimitive> segmentPath(
+    const Path& path, const Cuts& cuts, const RenderingProperties* properties,
+    SegmentationUtils::BezierSegmentationWorkspace* workspace, bool* error) {
+    SegmentationUtils::BezierSegmentationWorkspace temporary;
+    SegmentedPrimitive flat;
+    flattenPath(path, cuts, workspace ? *workspace : temporary, flat, nullptr);
     return std::make_shared<SegmentedPrimitive>(SegmentedPrimitive::FromContour(
         std::move(flat.points), std::move(flat.indices), cuts.transform, properties, error));
 }
@@ -221,6 +233,12 @@ std::shared_ptr<SegmentedPrimitive> SegmentPathWithin(
     const RenderingProperties* properties,
     SegmentationUtils::BezierSegmentationWorkspace* workspace, bool* error) {
     return segmentPath(path, {0, 0.0f, distance, transform}, properties, workspace, error);
+}
+
+void FlattenPathWithin(const Path& path, float distance, const Wm4::Matrix3f* transform,
+                       SegmentationUtils::BezierSegmentationWorkspace& workspace,
+                       SegmentedPrimitive& flat, const PieceCallback& piece) {
+    flattenPath(path, {0, 0.0f, distance, transform}, workspace, flat, piece);
 }
 
 std::shared_ptr<SegmentedPrimitive> SegmentCircleWithin(const Circle& circle, float distance,

@@ -1,4 +1,5 @@
-// Flat geometry of one drawable item: an outline of line segments and, when filled, triangles.
+// Flat geometry of one drawable item: an outline of line segments and, when filled, triangles;
+// on request, its stroke as triangles too.
 #pragma once
 
 #include <vector>
@@ -29,6 +30,10 @@ struct TQSVG_EXPORT SegmentedPrimitive {
     // The composed transform the points were mapped by, as SegmenterVisitor sets it: a stroke
     // width is in the item's units, so a renderer scales it (and shapes its pen) by this.
     Wm4::Matrix3f transform = Wm4::Matrix3f::IDENTITY;
+    // With SegmentOptions::strokes, the stroke of a stroked item: triangles that cover its area
+    // once each, to be drawn over the fill. Final coordinates; triples into the points.
+    std::vector<Wm4::Vector2f> strokeTrianglePoints;
+    std::vector<unsigned int> strokeTriangleIndices;
 };
 
 }  // namespace tq::svg

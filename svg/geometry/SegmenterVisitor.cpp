@@ -2,6 +2,7 @@
 
 #include "svg/geometry/SegmentShapes.h"
 #include "svg/geometry/detail/Flattening.h"
+#include "svg/geometry/detail/StrokeShapes.h"
 
 namespace tq::svg {
 
@@ -28,6 +29,9 @@ SegmenterVisitor::SegmenterVisitor(const Node& root)
     : SegmenterVisitor(static_cast<const ItemInterface&>(root)) {}
 
 SegmenterVisitor::SegmenterVisitor(const ItemInterface& root, float tolerance)
+    : SegmenterVisitor(root, SegmentOptions{tolerance, false}) {}
+
+SegmenterVisitor::SegmenterVisitor(const ItemInterface& root, const SegmentOptions& options)
     : VisitorBase<const ItemInterface>(
           [this](const ItemInterface& item, const Wm4::Matrix3f& transform,
                  const RenderingProperties& properties) {
@@ -36,7 +40,8 @@ SegmenterVisitor::SegmenterVisitor(const ItemInterface& root, float tolerance)
               return true;
           },
           nullptr),
-      mTolerance(tolerance > 0.0f ? tolerance : 0.0f) {
+      mStrokes(options.strokes ? std::make_unique<detail::StrokeWorkspace>() : nullptr),
+      mTolerance(options.tolerance > 0.0f ? options.tolerance : 0.0f) {
     visitItemTree(root);
 }
 
@@ -77,6 +82,10 @@ bool SegmenterVisitor::segmentObject(const ItemInterface& item, const Wm4::Matri
     primitive->transform = transform;
     if (failed) {
         strokeInsteadOfFill(primitive->properties);
+    }
+    if (mStrokes) {
+        detail::StrokeShape(item, transform, primitive->properties, mTolerance, mWorkspace,
+                            *mStrokes, *primitive);
     }
     mPrimitives.push_back(std::move(primitive));
     return !failed;

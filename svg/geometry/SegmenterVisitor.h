@@ -4,6 +4,7 @@
 #include <list>
 #include <memory>
 
+#include "svg/geometry/SegmentOptions.h"
 #include "svg/geometry/SegmentationUtils.h"
 #include "svg/geometry/SegmentedPrimitive.h"
 #include "svg/geometry/VisitorBase.h"
@@ -11,10 +12,19 @@
 
 namespace tq::svg {
 
+namespace detail {
+struct StrokeWorkspace;
+}
+
 // Segments every line, rectangle, circle and path under `root` (root included) at construction,
 // in traversal order, with the composed transforms and cascaded properties: circles with 32
 // sides, path curves with at most 32 points each (cubics refined until the chord reaches 99.9 %
 // of the control polygon), arcs in 32 steps.
+//
+// With SegmentOptions::strokes, every primitive of a stroked shape also carries its stroke as
+// triangles, as browsers draw it: width, joins, caps, miter limit, dashes and non-scaling
+// strokes, following the item's own commands (a spike that the fill's clean-up drops is still
+// stroked). The triangles of one stroke never overlap, so a translucent stroke blends evenly.
 //
 // A filled shape that cannot be triangulated keeps its outline, gets a stroke in its fill paint
 // (non-scaling) when it had none, and sets the error flag; the items after it are deliberately
@@ -30,6 +40,8 @@ public:
     // points as keep them within `tolerance` of the true shape, in output units (after
     // transforms), instead of the fixed counts.
     explicit SegmenterVisitor(const ItemInterface& root, float tolerance = 0.0f);
+    // The same with options: a tolerance as above, and strokes as triangles.
+    SegmenterVisitor(const ItemInterface& root, const SegmentOptions& options);
     ~SegmenterVisitor() override;
 
     // Segments one item and appends its primitive; false when it could not be filled.
@@ -42,6 +54,7 @@ public:
 
 private:
     SegmentationUtils::BezierSegmentationWorkspace mWorkspace;
+    std::unique_ptr<detail::StrokeWorkspace> mStrokes;  // with the strokes option only
     PrimitiveList mPrimitives;
     float mTolerance = 0.0f;
     bool mError = false;

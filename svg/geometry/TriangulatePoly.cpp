@@ -1,4 +1,5 @@
 #include "svg/geometry/TriangulatePoly.h"
+#include "svg/geometry/detail/TriangulateWithinCuts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -214,7 +215,9 @@ public:
         std::uint32_t region;  // union-find parent; the root names the region
     };
 
-    void build(const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices);
+    // `maxCuts` bounds the cut points found while splitting; more fail the build.
+    void build(const std::vector<Wm4::Vector2f>& points, const std::vector<unsigned int>& indices,
+               std::size_t maxCuts = std::numeric_limits<std::size_t>::max());
     void emit(TriangulationFillRule rule, std::vector<Wm4::Vector2f>& outPoints,
               std::vector<unsigned int>& outIndices);
     // Whether the buffers grew too large to be kept for the next outline.
@@ -289,8 +292,11 @@ private:
         std::vector<std::int64_t> windingRight;
         std::vector<std::uint32_t> ending;  // at the vertex being visited, left to right
         std::vector<std::uint32_t> starting;
-        std::vector<std::uint64_t> byX, byXScratch;  // for recheckDropped
-        std::vector<std::uint32_t> activeAll, activeSuspects;
+        // For recheckDropped: the segments by left end, each one's place there, their boxes,
+        // the grid's cells and the pairs found in them.
+        std::vector<std::uint64_t> byX, byXScratch, pairs;
+        std::vector<std::uint32_t> rank, cellStart, cellListing;
+        std::vector<std::int64_t> boxes;
     };
 
     class Sweep;
@@ -326,6 +332,7 @@ private:
     // crossing points are applied only after a pass that found no exact cut, so that overlapping
     // pieces are merged before a crossing is rounded onto each of them.
     std::vector<Cut> mCuts;
+    std::size_t mCutCount = 0, mMaxCuts = 0;  // over all rounds of splitting
     std::vector<Cut> mCrossingCuts;
     std::vector<Trapezoid> mTrapezoids;
     double mMinX = 0, mMinY = 0, mScale = 1;
@@ -496,6 +503,9 @@ bool TrapezoidRepresentation::recordIntersection(std::uint32_t s, std::uint32_t 
         if (at == mVertices[seg.upper].grid || at == mVertices[seg.lower].grid) {
             return;
         }
+        if (++mCutCount > mMaxCuts) {
+            fail();
+        }
         into.push_back({segment, addPoint(at, position)});
         found = true;
     };
@@ -581,6 +591,8 @@ private:
     Status::iterator drop(Status::iterator it);
     void found();
     void recheckDropped();
+    bool pairsInGrid(std::uint32_t count, std::vector<std::uint64_t>& pairs);
+    void pairsBySweep(std::uint32_t count);
 
     TrapezoidRepresentation& mSelf;
     const std::vector<Segment>& mSegments;
@@ -859,39 +871,61 @@ void TrapezoidRepresentation::Sweep::found() {
 }
 
 // A pair that meets further down may have been hidden by a segment that left the order, so every
-// segment that left is tested against all whose boxes overlap its own, by a sweep over x. The
-// frame meets nothing and is left out.
+// segment that left is tested against all whose boxes overlap its own. The pairs come from a grid
+// (see pairsInGrid) and are tested in the order of a sweep over x: the later of each pair by
+// left end, then id, first, then the earlier one, so that the cuts come in one order whatever
+// the grid. The frame meets nothing and is left out.
 void TrapezoidRepresentation::Sweep::recheckDropped() {
     const auto count = static_cast<std::uint32_t>(mSegments.size() - 4);
     if (std::find(mSuspect.begin(), mSuspect.begin() + count, 1) == mSuspect.begin() + count) {
         return;
     }
     const std::vector<Vertex>& vertices = mSelf.mVertices;
-    const auto minX = [&](std::uint32_t i) {
-        return std::min(vertices[mSegments[i].upper].grid.x, vertices[mSegments[i].lower].grid.x);
-    };
-    const auto maxX = [&](std::uint32_t i) {
-        return std::max(vertices[mSegments[i].upper].grid.x, vertices[mSegments[i].lower].grid.x);
-    };
     // By left end, then by id; outline segments lie at x >= 0.
     std::vector<std::uint64_t>& byX = mIn.byX;
     byX.resize(count);
     for (std::uint32_t i = 0; i < count; ++i) {
-        byX[i] = (static_cast<std::uint64_t>(minX(i)) << 32) | i;
+        const std::int64_t left =
+            std::min(vertices[mSegments[i].upper].grid.x, vertices[mSegments[i].lower].grid.x);
+        byX[i] = (static_cast<std::uint64_t>(left) << 32) | i;
     }
     sortByKey(byX, mIn.byXScratch, mSelf.mRuns, 64, [](std::uint64_t key) { return key; });
-    std::vector<std::uint32_t>& activeAll = mIn.activeAll;
-    std::vector<std::uint32_t>& activeSuspects = mIn.activeSuspects;
+    std::vector<std::uint32_t>& rank = mIn.rank;
+    rank.resize(count);
+    for (std::uint32_t r = 0; r < count; ++r) {
+        rank[static_cast<std::uint32_t>(byX[r])] = r;
+    }
+    std::vector<std::uint64_t>& pairs = mIn.pairs;
+    if (!pairsInGrid(count, pairs)) {
+        pairs.clear();
+        pairsBySweep(count);
+        return;
+    }
+    sortByKey(pairs, mIn.byXScratch, mSelf.mRuns, 64, [](std::uint64_t key) { return key; });
+    for (const std::uint64_t pair : pairs) {
+        mSelf.recordIntersection(static_cast<std::uint32_t>(byX[pair >> 32]),
+                                 static_cast<std::uint32_t>(byX[pair & 0xFFFFFFFFu]));
+    }
+}
+
+// The same pairs in the same order, by a sweep over x that keeps the segments whose x-ranges
+// are still open: slower than the grid, but in memory linear in the segments whatever the number
+// of pairs.
+void TrapezoidRepresentation::Sweep::pairsBySweep(std::uint32_t count) {
+    const std::vector<std::int64_t>& box = mIn.boxes;
+    const auto prune = [&](std::vector<std::uint32_t>& active, std::int64_t left) {
+        active.erase(
+            std::remove_if(active.begin(), active.end(),
+                           [&](std::uint32_t t) { return box[4 * std::size_t(t) + 2] < left; }),
+            active.end());
+    };
+    std::vector<std::uint32_t>& activeAll = mIn.cellListing;
+    std::vector<std::uint32_t>& activeSuspects = mIn.cellStart;
     activeAll.clear();
     activeSuspects.clear();
-    const auto prune = [&](std::vector<std::uint32_t>& active, std::int64_t left) {
-        active.erase(std::remove_if(active.begin(), active.end(),
-                                    [&](std::uint32_t t) { return maxX(t) < left; }),
-                     active.end());
-    };
-    for (const std::uint64_t key : byX) {
-        const auto current = static_cast<std::uint32_t>(key);
-        const std::int64_t left = minX(current);
+    for (std::uint32_t r = 0; r < count; ++r) {
+        const auto current = static_cast<std::uint32_t>(mIn.byX[r]);
+        const std::int64_t left = box[4 * std::size_t(current)];
         const bool isSuspect = mSuspect[current] != 0;
         prune(activeSuspects, left);
         if (isSuspect) {
@@ -905,6 +939,106 @@ void TrapezoidRepresentation::Sweep::recheckDropped() {
         }
         activeAll.push_back(current);
     }
+}
+
+// Every pair of segments with overlapping boxes of which at least one is a suspect, once, as
+// (rank of the later << 32 | rank of the earlier). Each segment is listed in the square cells
+// its box covers; cells are as small as keeps that listing within a few entries per segment on
+// average, so long segments make them coarser. A pair is taken in the cell that holds the
+// lower corner of the boxes' overlap, which both boxes cover. False when the pairs would pass
+// a budget linear in the segments.
+bool TrapezoidRepresentation::Sweep::pairsInGrid(std::uint32_t count,
+                                                 std::vector<std::uint64_t>& pairs) {
+    const std::vector<Vertex>& vertices = mSelf.mVertices;
+    std::vector<std::int64_t>& box = mIn.boxes;  // min x, min y, max x, max y per segment
+    box.resize(4 * std::size_t(count));
+    std::int64_t width = 0, height = 0;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const GridPoint& a = vertices[mSegments[i].upper].grid;
+        const GridPoint& b = vertices[mSegments[i].lower].grid;
+        std::int64_t* b4 = &box[4 * std::size_t(i)];
+        b4[0] = std::min(a.x, b.x);
+        b4[1] = a.y;  // the upper end comes first in (y, x) order
+        b4[2] = std::max(a.x, b.x);
+        b4[3] = b.y;
+        width = std::max(width, b4[2]);
+        height = std::max(height, b4[3]);
+    }
+    // One cell per segment or so to begin with, coarser while the listing is too long.
+    int shift = 0;
+    while (((width >> shift) + 1) * ((height >> shift) + 1) > std::int64_t(count) + 1) {
+        ++shift;
+    }
+    const auto listed = [&](int s) {
+        std::uint64_t total = 0;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            const std::int64_t* b4 = &box[4 * std::size_t(i)];
+            total += std::uint64_t(((b4[2] >> s) - (b4[0] >> s) + 1) *
+                                   ((b4[3] >> s) - (b4[1] >> s) + 1));
+        }
+        return total;
+    };
+    std::uint64_t entries = listed(shift);
+    while (entries > 8 * std::uint64_t(count) + 1024) {
+        entries = listed(++shift);
+    }
+    const std::int64_t columns = (width >> shift) + 1;
+    const auto cellOf = [&](std::int64_t x, std::int64_t y) {
+        return static_cast<std::size_t>((y >> shift) * columns + (x >> shift));
+    };
+    const auto forCells = [&](std::uint32_t i, const auto& visit) {
+        const std::int64_t* b4 = &box[4 * std::size_t(i)];
+        for (std::int64_t cy = b4[1] >> shift; cy <= b4[3] >> shift; ++cy) {
+            for (std::int64_t cx = b4[0] >> shift; cx <= b4[2] >> shift; ++cx) {
+                visit(static_cast<std::size_t>(cy * columns + cx));
+            }
+        }
+    };
+    // The cells' lists, by a counting sort.
+    std::vector<std::uint32_t>& start = mIn.cellStart;
+    std::vector<std::uint32_t>& listing = mIn.cellListing;
+    start.assign(static_cast<std::size_t>(columns * ((height >> shift) + 1)) + 1, 0);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        forCells(i, [&](std::size_t cell) { ++start[cell + 1]; });
+    }
+    std::partial_sum(start.begin(), start.end(), start.begin());
+    listing.resize(start.back());
+    std::vector<std::uint32_t>& fill = mIn.fill;
+    fill.assign(start.begin(), start.end() - 1);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        forCells(i, [&](std::size_t cell) { listing[fill[cell]++] = i; });
+    }
+    pairs.clear();
+    // Beyond this many pairs, the sweep's linear memory wins.
+    const std::size_t budget = 32 * std::size_t(count) + (std::size_t(1) << 20);
+    const std::vector<std::uint32_t>& rank = mIn.rank;
+    for (std::uint32_t a = 0; a < count; ++a) {
+        if (!mSuspect[a]) {
+            continue;
+        }
+        const std::int64_t* ba = &box[4 * std::size_t(a)];
+        forCells(a, [&](std::size_t cell) {
+            for (std::uint32_t k = start[cell]; k < start[cell + 1]; ++k) {
+                const std::uint32_t b = listing[k];
+                const std::int64_t* bb = &box[4 * std::size_t(b)];
+                if (b == a || (mSuspect[b] && b < a) || ba[2] < bb[0] || bb[2] < ba[0] ||
+                    ba[3] < bb[1] || bb[3] < ba[1] ||
+                    cellOf(std::max(ba[0], bb[0]), std::max(ba[1], bb[1])) != cell) {
+                    continue;
+                }
+                if (pairs.size() == budget) {
+                    return;
+                }
+                const std::uint64_t later = std::max(rank[a], rank[b]);
+                const std::uint64_t earlier = std::min(rank[a], rank[b]);
+                pairs.push_back((later << 32) | earlier);
+            }
+        });
+        if (pairs.size() == budget) {
+            return false;
+        }
+    }
+    return true;
 }
 
 // Every segment is cut at its cut points (the exact ones when there are any, else the rounded
@@ -984,8 +1118,10 @@ bool TrapezoidRepresentation::oversized() const {
 }
 
 void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
-                                    const std::vector<unsigned int>& indices) {
+                                    const std::vector<unsigned int>& indices, std::size_t maxCuts) {
     clear();
+    mCutCount = 0;
+    mMaxCuts = maxCuts;
     double minX = std::numeric_limits<double>::infinity(), minY = minX;
     double maxX = -minX, maxY = -minX;
     for (unsigned int index : indices) {
@@ -1317,6 +1453,17 @@ bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
                      const std::vector<unsigned int>& indices,
                      std::vector<Wm4::Vector2f>& outPoints, std::vector<unsigned int>& outIndices,
                      TriangulationFillRule rule, bool /*skipDegenerate: no effect*/) {
+    return svg::detail::TriangulateWithinCuts(points, indices, outPoints, outIndices, rule,
+                                              std::numeric_limits<std::size_t>::max());
+}
+
+namespace svg::detail {
+
+bool TriangulateWithinCuts(const std::vector<Wm4::Vector2f>& points,
+                           const std::vector<unsigned int>& indices,
+                           std::vector<Wm4::Vector2f>& outPoints,
+                           std::vector<unsigned int>& outIndices, TriangulationFillRule rule,
+                           std::size_t maxCuts) {
     if (indices.size() % 2 != 0) {
         return false;
     }
@@ -1327,7 +1474,7 @@ bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
     }
     bool ok = true;
     try {
-        representation->build(points, indices);
+        representation->build(points, indices, maxCuts);
         representation->emit(rule, outPoints, outIndices);
     } catch (const std::exception&) {
         ok = false;
@@ -1337,5 +1484,7 @@ bool TriangulatePoly(const std::vector<Wm4::Vector2f>& points,
     }
     return ok;
 }
+
+}  // namespace svg::detail
 
 }  // namespace tq

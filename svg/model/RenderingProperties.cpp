@@ -33,6 +33,8 @@ void RenderingProperties::cascadeParent(const RenderingProperties& parent) {
     inherit(fillOpacity, parent.fillOpacity);
     inherit(className, parent.className);
     inherit(fillRule, parent.fillRule);
+    inherit(strokeMiterlimit, parent.strokeMiterlimit);
+    inherit(strokeDashoffset, parent.strokeDashoffset);
 }
 
 bool RenderingProperties::hasFill() const {
@@ -88,7 +90,8 @@ bool RenderingProperties::operator==(const RenderingProperties& other) const {
            strokeLinecap == other.strokeLinecap && strokeLinejoin == other.strokeLinejoin &&
            strokeDasharray == other.strokeDasharray && className == other.className &&
            fill == other.fill && fillOpacity == other.fillOpacity &&
-           vectorEffect == other.vectorEffect && fillRule == other.fillRule;
+           vectorEffect == other.vectorEffect && fillRule == other.fillRule &&
+           strokeMiterlimit == other.strokeMiterlimit && strokeDashoffset == other.strokeDashoffset;
 }
 
 }  // namespace tq::svg

@@ -81,6 +81,11 @@ struct TQSVG_EXPORT RenderingProperties {
     // Set only by the standard reading profile: segmentation fills by it, the writer writes it
     // when present. Absent means non-zero.
     std::optional<FillRule> fillRule;
+    // Set only by the standard reading profile, written when present: the longest miter join as
+    // a multiple of the stroke width (absent: 4), and how far into the dash pattern the path
+    // starts, in user units, negative allowed (absent: 0).
+    std::optional<float> strokeMiterlimit;
+    std::optional<float> strokeDashoffset;
 };
 
 }  // namespace tq::svg

@@ -49,6 +49,7 @@ void PathVisitorCommandsToPrimitives::visit() {
             }
             std::unique_ptr<PathPrimitive> primitive = makePrimitive(command, previous);
             if (primitive) {
+                mClosing = command.type == Type::ClosePath;
                 mCallback(primitive, startNewRun);
                 startNewRun = command.type == Type::ClosePath;
             }

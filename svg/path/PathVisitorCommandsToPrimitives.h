@@ -31,6 +31,10 @@ public:
     // An empty callback throws std::bad_function_call at the first primitive.
     void visit();
 
+    // During a callback: whether its primitive is the line of a close path command, which ends
+    // a closed subpath (a line back to the start written as such leaves it open).
+    bool closesSubpath() const { return mClosing; }
+
 private:
     std::unique_ptr<PathPrimitive> makePrimitive(const Path::Command& command,
                                                  const Path::Command* previous);
@@ -41,6 +45,7 @@ private:
     Callback mCallback;
     Wm4::Vector2f mCurrentPoint;
     Wm4::Vector2f mSubpathStart;
+    bool mClosing = false;
 };
 
 }  // namespace tq::svg

@@ -155,6 +155,26 @@ bool parseStandardDashes(detail::StandardReader& standard, std::string_view name
     return true;
 }
 
+// The standard profile's miter limit: a plain number. One below 1 names no miter at all, so it
+// is left out with a warning and the inherited or default limit stays.
+R parseMiterLimit(Loader& loader, std::optional<float>& target, std::string_view name,
+                  std::string_view value) {
+    if (inherits(loader, target, value)) {
+        return R::Handled;
+    }
+    float limit = 0.0f;
+    detail::LengthUnit unit = detail::LengthUnit::None;
+    if (!detail::ParseCssLength(value, limit, unit) || unit != detail::LengthUnit::None) {
+        return ReportFailedToParse(loader, name, value);
+    }
+    if (limit < 1.0f) {
+        loader.reportWarning("Ignore " + Quoted(name) + " " + Quoted(value) + ": below 1");
+        return R::Handled;
+    }
+    target = limit;
+    return R::Handled;
+}
+
 // "none" and an empty value both stand for no dashing: an empty list, which cancels an
 // inherited one.
 R parseDashArray(Loader& loader, std::optional<std::vector<UnitValue>>& target,
@@ -373,6 +393,11 @@ AttributeParseResult ParsePresentationAttribute(Loader& loader, ItemInterface& i
         return parseTransform(loader, item, name, value);
     if (name == "opacity")
         return parseNumber(loader, p.opacity, name, value);
+    // The subset refuses these two, as it always has.
+    if (name == "stroke-miterlimit" && loader.standard() != nullptr)
+        return parseMiterLimit(loader, p.strokeMiterlimit, name, value);
+    if (name == "stroke-dashoffset" && loader.standard() != nullptr)
+        return parseNumber(loader, p.strokeDashoffset, name, value);
     if (name == "fill-rule")
         return parseKeyword(loader, p.fillRule, name, value, kFillRules, kFillRuleValues);
     return R::NotRecognised;

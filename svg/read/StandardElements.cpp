@@ -97,8 +97,6 @@ constexpr std::string_view kSilentAttributes[] = {
     "shape-rendering",
     "stop-color",
     "stop-opacity",
-    "stroke-dashoffset",
-    "stroke-miterlimit",
     "tabindex",
     "text-rendering",
     "version",

@@ -189,9 +189,9 @@ double OutlineLength(const ItemInterface& item) {
 
 }  // namespace
 
-// A pathLength says how long the author takes the outline to be: dashes, wherever their pattern
-// comes from, are scaled by the true length over it, and the scaled pattern is set on the shape
-// itself. Copies made by use elements carry their original's pathLength.
+// A pathLength says how long the author takes the outline to be: dashes and their offset,
+// wherever they come from, are scaled by the true length over it, and the scaled pattern is set on
+// the shape itself. Copies made by use elements carry their original's pathLength.
 void StandardReader::scaleDashesToPathLengths() {
     if (mPathLengths.empty()) {
         return;
@@ -205,9 +205,11 @@ void StandardReader::scaleDashesToPathLengths() {
             continue;
         }
         const std::optional<std::vector<UnitValue>>* dashes = nullptr;
-        for (std::uint32_t r = i; r != kNone && dashes == nullptr; r = mRecords[r].parent) {
-            const auto& own = mRecords[r].item->getProperties().strokeDasharray;
-            dashes = own ? &own : nullptr;
+        const std::optional<float>* offset = nullptr;
+        for (std::uint32_t r = i; r != kNone; r = mRecords[r].parent) {
+            const RenderingProperties& p = mRecords[r].item->getProperties();
+            dashes = dashes == nullptr && p.strokeDasharray ? &p.strokeDasharray : dashes;
+            offset = offset == nullptr && p.strokeDashoffset ? &p.strokeDashoffset : offset;
         }
         const double length = OutlineLength(*record.item);
         if (dashes == nullptr || (*dashes)->empty() || !(length > 0.0)) {
@@ -218,7 +220,11 @@ void StandardReader::scaleDashesToPathLengths() {
         for (UnitValue& dash : scaled) {
             dash.value *= scale;
         }
-        record.item->editProperties().strokeDasharray = std::move(scaled);
+        RenderingProperties& own = record.item->editProperties();
+        if (offset != nullptr) {
+            own.strokeDashoffset = **offset * scale;
+        }
+        own.strokeDasharray = std::move(scaled);
     }
 }
 

@@ -376,6 +376,14 @@ bool RenderingProperties::writeAttributes(XmlSaveContext& context,
                                           *fillRule == FillRule::EvenOdd ? "evenodd" : "nonzero")) {
         return false;
     }
+    if (strokeMiterlimit &&
+        !writeAttributeFloatValue(context, options, "stroke-miterlimit", *strokeMiterlimit)) {
+        return false;
+    }
+    if (strokeDashoffset &&
+        !writeAttributeFloatValue(context, options, "stroke-dashoffset", *strokeDashoffset)) {
+        return false;
+    }
     return true;
 }
 

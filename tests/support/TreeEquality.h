@@ -104,6 +104,8 @@ inline void common(std::ostream& os, const svg::ItemInterface& item) {
     field(os, "fill-opacity", p.fillOpacity, number);
     field(os, "vector-effect", p.vectorEffect, integer);
     field(os, "fill-rule", p.fillRule, integer);
+    field(os, "miterlimit", p.strokeMiterlimit, number);
+    field(os, "dashoffset", p.strokeDashoffset, number);
 }
 
 inline void item(std::ostream& os, const svg::ItemInterface* item, int depth) {

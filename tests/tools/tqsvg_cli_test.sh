@@ -222,12 +222,13 @@ fi
 # mesh: JSON on standard output or in a file, statistics instead with --stats.
 expect 0 "mesh to stdout" -- "$tool" mesh "$sample"
 contains "$work/out" '"error":false' "mesh error flag"
-python3 -c 'import json,sys; d=json.load(open(sys.argv[1])); assert len(d["primitives"]) == 8, len(d["primitives"]); assert all(len(p["triangles"]) % 3 == 0 for p in d["primitives"])' "$work/out" ||
-    fail "mesh output is not the expected JSON"
+python3 -c 'import json,sys; d=json.load(open(sys.argv[1])); assert len(d["primitives"]) == 8, len(d["primitives"]); assert all(len(p["triangles"]) % 3 == 0 and len(p["strokeTriangles"]) % 3 == 0 for p in d["primitives"]); assert sum(1 for p in d["primitives"] if p["stroke"][3] > 0 and p["strokeTriangles"]) >= 2' "$work/out" ||
+    fail "mesh output is not the expected JSON, with stroke triangles for the stroked shapes"
 expect 0 "mesh to file" -- "$tool" mesh "$sample" -o "$work/mesh.json"
 contains "$work/mesh.json" '"primitives":[' "mesh file"
 expect 0 "mesh stats" -- "$tool" mesh --stats "$sample"
 contains "$work/out" "primitives: 8" "mesh statistics"
+grep -qE '^stroke triangles: [1-9]' "$work/out" || fail "mesh statistics count stroke triangles"
 expect 1 "mesh of an unfillable shape" -- "$tool" mesh "$work/huge.svg"
 contains "$work/out" '"error":true' "mesh reports the failure"
 contains "$work/err" "$work/huge.svg: a filled shape could not be triangulated" "mesh failure message"
@@ -244,6 +245,12 @@ expect 0 "bbox of nothing" -- "$tool" bbox "$work/empty.svg"
 contains "$work/out" "empty" "empty bbox"
 expect 0 "bbox fit" -- "$tool" bbox --fit "$work/box.svg" -o "$work/fitted.svg"
 contains "$work/fitted.svg" 'viewBox="-5 0 19 26"' "fitted viewBox"
+# A stroke's width and caps count, under both profiles.
+printf '<svg xmlns="http://www.w3.org/2000/svg"><line x2="10" stroke="red" stroke-width="2" stroke-linecap="square"/></svg>' >"$work/stroke.svg"
+for profile in "" --subset; do
+    expect 0 "bbox of a stroke $profile" -- "$tool" bbox $profile "$work/stroke.svg"
+    contains "$work/out" "-1 -1 12 2" "a stroke's extent $profile"
+done
 
 # render: the picture's size follows the viewBox, else the content, else 100 by 100.
 printf '<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 10 40"><rect width="10" height="40"/></svg>' >"$work/tall.svg"
@@ -269,6 +276,11 @@ contains "$work/err" "$work/huge.svg: warning: a filled shape could not be trian
 expect 0 "render with a wireframe" -- "$tool" render --wireframe "$sample" -o "$work/wire.png"
 expect 0 "render" -- "$tool" render "$sample" -o "$work/sample.png"
 cmp -s "$work/wire.png" "$work/sample.png" && fail "the wireframe changed nothing"
+# Strokes are drawn from the library's triangles, their wireframe too.
+expect 0 "render a stroke" -- "$tool" render "$work/stroke.svg" -o "$work/stroke.png" --size 60
+is_png_of_size "$work/stroke.png" 60x10 "a stroke's extent frames the picture"
+expect 0 "render a stroke's wireframe" -- "$tool" render --wireframe "$work/stroke.svg" -o "$work/stroke-wire.png" --size 60
+cmp -s "$work/stroke.png" "$work/stroke-wire.png" && fail "the wireframe left out the stroke triangles"
 expect 0 "render on a background" -- "$tool" render --background 'rgb(255,0,0)' "$work/empty.svg" -o "$work/red.png" --size 8
 expect 0 "render transparent" -- "$tool" render "$work/empty.svg" -o "$work/clear.png" --size 8
 
@@ -320,6 +332,7 @@ hole $work/sample.png 102 243 241 250 238 255
 star-centre $work/sample.png 384 256 233 196 106 255
 line-stroke $work/sample.png 422 77 86 136 165 255
 red $work/red.png 4 4 255 0 0 255
+stroke-cap $work/stroke.png 2 5 255 0 0 255
 clear $work/clear.png 4 4 0 0 0 0
 EOF
 

@@ -10,6 +10,7 @@
 #include <Wm4Foundation/Wm4Matrix3.h>
 #include <Wm4Foundation/Wm4Vector2.h>
 
+#include <functional>
 #include <memory>
 
 #include "svg/geometry/SegmentationUtils.h"
@@ -37,6 +38,16 @@ unsigned int CubicSteps(const Wm4::Vector2f* control, const Wm4::Matrix3f* m, fl
 // the other flattening functions do (the start point only for a new run, the exact end point).
 void AppendCubic(const Wm4::Vector2f* control, unsigned int steps, SegmentedPrimitive& primitive,
                  bool startNewRun);
+
+// Told after each piece of a path is flattened: whether it began a new run of points and whether
+// it closed its subpath.
+using PieceCallback = std::function<void(bool newRun, bool closes)>;
+
+// Appends the path's pieces to `flat` as SegmentPathWithin flattens them (without clean-up or
+// filling), calling `piece` (when set) after each.
+void FlattenPathWithin(const Path& path, float distance, const Wm4::Matrix3f* transform,
+                       SegmentationUtils::BezierSegmentationWorkspace& workspace,
+                       SegmentedPrimitive& flat, const PieceCallback& piece);
 
 // SegmentPath and SegmentCircle within `distance` of the true shape in output units.
 std::shared_ptr<SegmentedPrimitive> SegmentPathWithin(

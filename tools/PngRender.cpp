@@ -87,6 +87,61 @@ void addTriangles(cairo_t* cr, const View& view, const std::vector<Wm4::Vector2f
     }
 }
 
+// Adds consecutive pairs of triangles as the axis-aligned rectangles they make, if every pair
+// makes one (a frame, dashes along horizontal and vertical lines); false, adding nothing,
+// otherwise. Cairo computes exact coverage only for paths of horizontal and vertical edges, so
+// such strokes then come out as the cairo stroker draws them, to the unit of alpha, where an edge
+// lies on half a pixel; the triangles' diagonals would send them through its sampling rasteriser.
+bool addRectangles(cairo_t* cr, const View& view, const std::vector<Wm4::Vector2f>& points,
+                   const std::vector<unsigned int>& indices) {
+    if (indices.size() % 6 != 0) {
+        return false;
+    }
+    const auto rectangle = [&](std::size_t i, double box[4]) {
+        Pixel p[6];
+        for (std::size_t k = 0; k < 6; ++k) {
+            if (!toPixel(view, points, indices[i + k], p[k])) {
+                return false;
+            }
+        }
+        const auto [left, right] = std::minmax({p[0].x, p[1].x, p[2].x, p[3].x, p[4].x, p[5].x});
+        const auto [top, bottom] = std::minmax({p[0].y, p[1].y, p[2].y, p[3].y, p[4].y, p[5].y});
+        for (const Pixel& corner : p) {
+            if ((corner.x != left && corner.x != right) ||
+                (corner.y != top && corner.y != bottom)) {
+                return false;
+            }
+        }
+        // Two corners in common, on a diagonal: the triangles are the two halves of the box.
+        Pixel common[3];
+        int shared = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            if (std::count(indices.begin() + i + 3, indices.begin() + i + 6, indices[i + k]) == 1) {
+                common[shared++] = p[k];
+            }
+        }
+        if (shared != 2 || common[0].x == common[1].x || common[0].y == common[1].y) {
+            return false;
+        }
+        box[0] = left;
+        box[1] = top;
+        box[2] = right - left;
+        box[3] = bottom - top;
+        return true;
+    };
+    double box[4];
+    for (std::size_t i = 0; i < indices.size(); i += 6) {
+        if (!rectangle(i, box)) {
+            return false;
+        }
+    }
+    for (std::size_t i = 0; i < indices.size(); i += 6) {
+        rectangle(i, box);
+        cairo_rectangle(cr, box[0], box[1], box[2], box[3]);
+    }
+    return true;
+}
+
 // All triangles of a fill or stroke are filled as one path rather than one by one: the
 // rasteriser then computes each pixel's coverage once for the whole shape, so the outer edges
 // stay antialiased while the edges between triangles leave no seams.
@@ -96,7 +151,9 @@ void fillTriangles(cairo_t* cr, const View& view, const std::vector<Wm4::Vector2
         return;
     }
     cairo_new_path(cr);
-    addTriangles(cr, view, points, indices);
+    if (!addRectangles(cr, view, points, indices)) {
+        addTriangles(cr, view, points, indices);
+    }
     cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
     setSource(cr, colour);
     cairo_fill(cr);

@@ -123,6 +123,15 @@ bool addRectangles(cairo_t* cr, const View& view, const std::vector<Wm4::Vector2
         if (shared != 2 || common[0].x == common[1].x || common[0].y == common[1].y) {
             return false;
         }
+        // Neither half flat (two indices may name one point).
+        const double area = (right - left) * (bottom - top);
+        for (std::size_t k = 0; k < 6; k += 3) {
+            const double twice = (p[k + 1].x - p[k].x) * (p[k + 2].y - p[k].y) -
+                                 (p[k + 1].y - p[k].y) * (p[k + 2].x - p[k].x);
+            if (!(std::fabs(std::fabs(twice) - area) <= 1e-9 * area)) {
+                return false;
+            }
+        }
         box[0] = left;
         box[1] = top;
         box[2] = right - left;

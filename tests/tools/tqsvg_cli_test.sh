@@ -283,6 +283,10 @@ expect 0 "render a stroke's wireframe" -- "$tool" render --wireframe "$work/stro
 cmp -s "$work/stroke.png" "$work/stroke-wire.png" && fail "the wireframe left out the stroke triangles"
 expect 0 "render on a background" -- "$tool" render --background 'rgb(255,0,0)' "$work/empty.svg" -o "$work/red.png" --size 8
 expect 0 "render transparent" -- "$tool" render "$work/empty.svg" -o "$work/clear.png" --size 8
+# A frame on half pixels covers the two rows half each, as the reference renderers draw it; a
+# trapezoid's last half-flat pair of triangles is no rectangle.
+printf '<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 16 16"><rect x="1" y="1" width="14" height="14" fill="none" stroke="#000"/><path d="M5 2 L5 8 L11 14 L11 2 Z"/></svg>' >"$work/half.svg"
+expect 0 "render on half pixels" -- "$tool" render "$work/half.svg" -o "$work/half.png" --size 16
 
 # Pixels of the sample (scale 1.28): fills with opacity, the square hole, the star's centre
 # under the non-zero rule, a stroke; and the background.
@@ -334,6 +338,9 @@ line-stroke $work/sample.png 422 77 86 136 165 255
 red $work/red.png 4 4 255 0 0 255
 stroke-cap $work/stroke.png 2 5 255 0 0 255
 clear $work/clear.png 4 4 0 0 0 0
+frame-outer-row $work/half.png 12 0 0 0 0 128
+frame-inner-row $work/half.png 12 1 0 0 0 128
+below-trapezoid $work/half.png 6 12 0 0 0 0
 EOF
 
 if [ "$failures" -ne 0 ]; then

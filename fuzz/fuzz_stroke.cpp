@@ -11,6 +11,7 @@
 //   5       the coordinates' scale, a signed power of two (-8 to 7)
 //   6..9    up to four dash lengths and the offset, in quarters (dashes only)
 //   rest    commands, each an opcode byte (M, L, C, Q, A, Z) and its small integer operands
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -31,6 +32,7 @@ using Wm4::Vector2f;
 
 // Far more than any input here can make: 64 commands, arcs capped by the stroker's budget.
 constexpr std::size_t kMaxTriangles = std::size_t(1) << 24;
+constexpr std::size_t kMaxCheckedTriangles = 20000;
 
 void check(bool condition, const char* what, const std::string& d) {
     if (!condition) {
@@ -137,6 +139,31 @@ double unionArea(const std::vector<Vector2f>& points, const std::vector<unsigned
     return area(outPoints, outTriangles);
 }
 
+// What rounding alone may move the area by: every edge shifted by a few steps of the float
+// points' and the triangulator's grid across the extent, which matters for pens about as thin
+// as those steps.
+double roundingSlack(const std::vector<Vector2f>& points, const std::vector<unsigned int>& t) {
+    double minX = std::numeric_limits<double>::infinity(), minY = minX, maxX = -minX, maxY = -minX;
+    double magnitude = 0;
+    for (const Vector2f& p : points) {
+        minX = std::min(minX, double(p.X()));
+        maxX = std::max(maxX, double(p.X()));
+        minY = std::min(minY, double(p.Y()));
+        maxY = std::max(maxY, double(p.Y()));
+        magnitude = std::max({magnitude, std::fabs(double(p.X())), std::fabs(double(p.Y()))});
+    }
+    const double step = std::ldexp(std::max({maxX - minX, maxY - minY, magnitude}), -22);
+    double perimeters = 0;
+    for (std::size_t i = 0; i + 2 < t.size(); i += 3) {
+        for (int k = 0; k < 3; ++k) {
+            const Vector2f& a = points[t[i + k]];
+            const Vector2f& b = points[t[i + (k + 1) % 3]];
+            perimeters += std::hypot(double(b.X()) - a.X(), double(b.Y()) - a.Y());
+        }
+    }
+    return 4 * step * perimeters;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -189,12 +216,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             check(std::isfinite(p.X()) && std::isfinite(p.Y()), "a point not finite", d);
         }
         const double sum = area(points, triangles);
-        if (triangles.empty() || !std::isfinite(sum) || sum > 1e30) {
+        // The check triangulates every triangle again: done where that stays quick.
+        if (triangles.empty() || triangles.size() / 3 > kMaxCheckedTriangles ||
+            !std::isfinite(sum) || sum > 1e30) {
             continue;
         }
         const double covered = unionArea(points, triangles);
         check(covered >= 0, "the triangles do not triangulate again", d);
-        check(std::fabs(covered - sum) <= 1e-4 * sum, "triangles overlap", d);
+        check(std::fabs(covered - sum) <= 1e-4 * sum + roundingSlack(points, triangles),
+              "triangles overlap", d);
     }
     return 0;
 }

@@ -333,6 +333,9 @@ private:
     // pieces are merged before a crossing is rounded onto each of them.
     std::vector<Cut> mCuts;
     std::size_t mCutCount = 0, mMaxCuts = 0;  // over all rounds of splitting
+    // Pairs the sweep's recheck may test while a budget of cuts is set: many pairs that do not
+    // cut cost time all the same.
+    std::size_t mTestCount = 0, mMaxTests = 0;
     std::vector<Cut> mCrossingCuts;
     std::vector<Trapezoid> mTrapezoids;
     double mMinX = 0, mMinY = 0, mScale = 1;
@@ -932,6 +935,9 @@ void TrapezoidRepresentation::Sweep::pairsBySweep(std::uint32_t count) {
             prune(activeAll, left);
         }
         for (std::uint32_t other : isSuspect ? activeAll : activeSuspects) {
+            if (++mSelf.mTestCount > mSelf.mMaxTests) {
+                fail();
+            }
             mSelf.recordIntersection(current, other);
         }
         if (isSuspect) {
@@ -1122,6 +1128,10 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
     clear();
     mCutCount = 0;
     mMaxCuts = maxCuts;
+    mTestCount = 0;
+    mMaxTests = maxCuts < std::numeric_limits<std::size_t>::max() / 64
+                    ? 64 * maxCuts
+                    : std::numeric_limits<std::size_t>::max();
     double minX = std::numeric_limits<double>::infinity(), minY = minX;
     double maxX = -minX, maxY = -minX;
     for (unsigned int index : indices) {

@@ -1017,6 +1017,8 @@ bool TrapezoidRepresentation::Sweep::pairsInGrid(std::uint32_t count,
     pairs.clear();
     // Beyond this many pairs, the sweep's linear memory wins.
     const std::size_t budget = 32 * std::size_t(count) + (std::size_t(1) << 20);
+    std::size_t scanned = 0;
+    bool full = false;
     const std::vector<std::uint32_t>& rank = mIn.rank;
     for (std::uint32_t a = 0; a < count; ++a) {
         if (!mSuspect[a]) {
@@ -1024,6 +1026,12 @@ bool TrapezoidRepresentation::Sweep::pairsInGrid(std::uint32_t count,
         }
         const std::int64_t* ba = &box[4 * std::size_t(a)];
         forCells(a, [&](std::size_t cell) {
+            // Dense cells cost their scan even where few boxes overlap: it counts as well.
+            scanned += start[cell + 1] - start[cell];
+            if (scanned > 8 * budget) {
+                full = true;
+                return;
+            }
             for (std::uint32_t k = start[cell]; k < start[cell + 1]; ++k) {
                 const std::uint32_t b = listing[k];
                 const std::int64_t* bb = &box[4 * std::size_t(b)];
@@ -1033,6 +1041,7 @@ bool TrapezoidRepresentation::Sweep::pairsInGrid(std::uint32_t count,
                     continue;
                 }
                 if (pairs.size() == budget) {
+                    full = true;
                     return;
                 }
                 const std::uint64_t later = std::max(rank[a], rank[b]);
@@ -1040,7 +1049,7 @@ bool TrapezoidRepresentation::Sweep::pairsInGrid(std::uint32_t count,
                 pairs.push_back((later << 32) | earlier);
             }
         });
-        if (pairs.size() == budget) {
+        if (full) {
             return false;
         }
     }
@@ -1129,8 +1138,8 @@ void TrapezoidRepresentation::build(const std::vector<Wm4::Vector2f>& points,
     mCutCount = 0;
     mMaxCuts = maxCuts;
     mTestCount = 0;
-    mMaxTests = maxCuts < std::numeric_limits<std::size_t>::max() / 64
-                    ? 64 * maxCuts
+    mMaxTests = maxCuts < std::numeric_limits<std::size_t>::max() / 16
+                    ? 16 * maxCuts
                     : std::numeric_limits<std::size_t>::max();
     double minX = std::numeric_limits<double>::infinity(), minY = minX;
     double maxX = -minX, maxY = -minX;

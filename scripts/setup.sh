@@ -9,14 +9,12 @@ set -euo pipefail
 packages=(
     cmake ninja-build g++ pkg-config
     libxml2-dev zlib1g-dev libutfcpp-dev libcli11-dev libcairo2-dev libfast-float-dev
-    libgtest-dev libgmock-dev libbenchmark-dev libglu1-mesa-dev librsvg2-bin
+    libgtest-dev libgmock-dev libbenchmark-dev libglu1-mesa-dev libpolyclipping-dev librsvg2-bin
     clang-format locales python3
 )
 case "${1:-}" in
     --fuzz) packages+=(clang libclang-rt-14-dev) ;;
-    --bench)
-        packages+=(libpolyclipping-dev)  # Clipper, the peer of stroking
-        command -v npm >/dev/null || packages+=(nodejs npm) ;;  # any node will do
+    --bench) command -v npm >/dev/null || packages+=(nodejs npm) ;;  # any node will do
 esac
 
 missing=()

@@ -2,7 +2,8 @@
 # Scores every SVG file under the given folders against rsvg-convert under both reading profiles,
 # as the icon test scores its two pinned sets, and writes the report (shares per set, every file
 # below 0.95 with its cause, the worst pictures side by side, every file's score in scores.tsv)
-# to OUTDIR.
+# to OUTDIR. Pictures are drawn by `tqsvg render`, from the library's fill and stroke triangles
+# alone.
 #   scripts/compare-icons.sh [-o OUTDIR] [-s SIZE] DIR...
 # OUTDIR defaults to build/compare-icons, SIZE (the pictures' larger side in pixels) to 256.
 # The tool and mask_iou are built in build/release unless TQSVG and MASK_IOU name them.

@@ -268,8 +268,15 @@ View FitView(const tq::svg::BoundingBox& box, int size) {
     view.scale = size / std::max(width, height);
     view.width = std::clamp(static_cast<int>(std::lround(width * view.scale)), 1, size);
     view.height = std::clamp(static_cast<int>(std::lround(height * view.scale)), 1, size);
-    view.offsetX = (view.width - width * view.scale) / 2.0;
-    view.offsetY = (view.height - height * view.scale) / 2.0;
+    // The content starts at the picture's top-left corner, where other renderers put it, so that
+    // pictures compare pixel for pixel: rounding the size leaves under half a pixel at the right
+    // or the bottom. Only content enlarged to the one-pixel minimum is centred.
+    const auto lead = [](int pixels, double extent) {
+        const double slack = pixels - extent;
+        return slack > 0.5 ? slack / 2.0 : 0.0;
+    };
+    view.offsetX = lead(view.width, width * view.scale);
+    view.offsetY = lead(view.height, height * view.scale);
     return view;
 }
 

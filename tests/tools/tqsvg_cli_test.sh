@@ -287,6 +287,10 @@ expect 0 "render transparent" -- "$tool" render "$work/empty.svg" -o "$work/clea
 # trapezoid's last half-flat pair of triangles is no rectangle.
 printf '<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 16 16"><rect x="1" y="1" width="14" height="14" fill="none" stroke="#000"/><path d="M5 2 L5 8 L11 14 L11 2 Z"/></svg>' >"$work/half.svg"
 expect 0 "render on half pixels" -- "$tool" render "$work/half.svg" -o "$work/half.png" --size 16
+# Content starts at the top-left corner, as other renderers put it: the picture's rounded height
+# (2.67 to 3 pixels) leaves its slack at the bottom.
+printf '<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 3 2"><rect width="3" height="1"/></svg>' >"$work/slack.svg"
+expect 0 "render with rounding slack" -- "$tool" render "$work/slack.svg" -o "$work/slack.png" --size 4
 
 # Pixels of the sample (scale 1.28): fills with opacity, the square hole, the star's centre
 # under the non-zero rule, a stroke; and the background.
@@ -341,6 +345,7 @@ clear $work/clear.png 4 4 0 0 0 0
 frame-outer-row $work/half.png 12 0 0 0 0 128
 frame-inner-row $work/half.png 12 1 0 0 0 128
 below-trapezoid $work/half.png 6 12 0 0 0 0
+slack-at-the-bottom $work/slack.png 1 1 0 0 0 85
 EOF
 
 if [ "$failures" -ne 0 ]; then

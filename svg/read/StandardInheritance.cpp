@@ -215,14 +215,21 @@ void StandardReader::scaleDashesToPathLengths() {
         if (dashes == nullptr || (*dashes)->empty() || !(length > 0.0)) {
             continue;
         }
+        // A scale that takes a length past the float range leaves the dashes as they are.
         const auto scale = static_cast<float>(length / found->second);
         std::vector<UnitValue> scaled = **dashes;
+        bool finite = std::isfinite(scale);
         for (UnitValue& dash : scaled) {
             dash.value *= scale;
+            finite = finite && std::isfinite(dash.value);
+        }
+        const float shift = offset == nullptr ? 0.0f : **offset * scale;
+        if (!finite || !std::isfinite(shift)) {
+            continue;
         }
         RenderingProperties& own = record.item->editProperties();
         if (offset != nullptr) {
-            own.strokeDashoffset = **offset * scale;
+            own.strokeDashoffset = shift;
         }
         own.strokeDasharray = std::move(scaled);
     }

@@ -236,3 +236,21 @@ TEST_F(StandardProfile, DocumentsPastTheElementBudgetAreRefused) {
         }
     }
 }
+
+// Stroke properties the subset refuses reach the tree from attributes, sheets and style, and a
+// pathLength scales the dash offset with the dashes.
+TEST_F(StandardProfile, MiterLimitsAndDashOffsetsAreRead) {
+    const auto loaded = standard(
+        "<svg><style>.m { stroke-miterlimit: 8 }</style><path d=\"M0 0h100\" class=\"m\" "
+        "stroke-dashoffset=\"2\" pathLength=\"50\" stroke-dasharray=\"1\"/><line x2=\"1\" "
+        "style=\"stroke-dashoffset: -1.5; stroke-miterlimit: 1.5\"/></svg>");
+    ASSERT_TRUE(loaded.ok) << loaded.messages;
+    const auto& children = static_cast<const Node&>(*loaded.root).getChildren();
+    ASSERT_EQ(children.size(), 2u);
+    const RenderingProperties& path = children.front()->getProperties();
+    const RenderingProperties& line = children.back()->getProperties();
+    EXPECT_EQ(path.strokeMiterlimit, std::optional<float>(8.0f));
+    EXPECT_EQ(path.strokeDashoffset, std::optional<float>(4.0f));
+    EXPECT_EQ(line.strokeDashoffset, std::optional<float>(-1.5f));
+    EXPECT_EQ(line.strokeMiterlimit, std::optional<float>(1.5f));
+}

@@ -526,18 +526,20 @@ void StandardReader::applyDeclaration(Record& record, std::string_view name,
     mLoader.dispatchAttribute(*record.item, nullptr, attribute);
 }
 
+// A length attribute, or `fallback` when it is absent or invalid (with a warning).
+float StandardReader::lengthOr(std::string_view name, std::string_view text, float fallback) {
+    float value = fallback;
+    if (!text.empty() && !parseLength(name, text, value)) {
+        mLoader.reportWarning("Ignore Invalid attribute " + Quoted(name) + " with value " +
+                              Quoted(text));
+        value = fallback;
+    }
+    return value;
+}
+
 std::shared_ptr<ItemInterface> StandardReader::finishItem(Kind kind, std::uint32_t index,
                                                           std::shared_ptr<ItemInterface> item,
                                                           Scratch& s) {
-    const auto length = [this](std::string_view name, std::string_view text, float fallback) {
-        float value = fallback;
-        if (!text.empty() && !parseLength(name, text, value)) {
-            mLoader.reportWarning("Ignore Invalid attribute " + Quoted(name) + " with value " +
-                                  Quoted(text));
-            value = fallback;
-        }
-        return value;
-    };
     const Viewport parentViewport = mViewports.empty() ? Viewport() : mViewports.back();
     switch (kind) {
         case Kind::Svg:
@@ -555,7 +557,7 @@ std::shared_ptr<ItemInterface> StandardReader::finishItem(Kind kind, std::uint32
             break;
         }
         case Kind::Use:
-            AppendTransform(*item, Translation(length("x", s.x, 0.0f), length("y", s.y, 0.0f)));
+            AppendTransform(*item, Translation(lengthOr("x", s.x, 0.0f), lengthOr("y", s.y, 0.0f)));
             break;
         case Kind::Rect: {
             auto& rect = static_cast<Rect&>(*item);
@@ -582,12 +584,12 @@ std::shared_ptr<ItemInterface> StandardReader::finishItem(Kind kind, std::uint32
         case Kind::Ellipse: {
             const bool autoRx = s.rx.empty() || EqualsLowerCase(TrimSpace(s.rx), "auto");
             const bool autoRy = s.ry.empty() || EqualsLowerCase(TrimSpace(s.ry), "auto");
-            float rx = autoRx ? 0.0f : length("rx", s.rx, 0.0f);
-            float ry = autoRy ? 0.0f : length("ry", s.ry, 0.0f);
+            float rx = autoRx ? 0.0f : lengthOr("rx", s.rx, 0.0f);
+            float ry = autoRy ? 0.0f : lengthOr("ry", s.ry, 0.0f);
             rx = autoRx ? ry : rx;
             ry = autoRy ? rx : ry;
-            AppendEllipse(static_cast<Path&>(*item).commands, length("cx", s.cx, 0.0f),
-                          length("cy", s.cy, 0.0f), rx, ry);
+            AppendEllipse(static_cast<Path&>(*item).commands, lengthOr("cx", s.cx, 0.0f),
+                          lengthOr("cy", s.cy, 0.0f), rx, ry);
             break;
         }
         case Kind::Polyline:
@@ -694,20 +696,11 @@ StandardReader::Viewport StandardReader::rootViewport(Document& document, const 
 // clip what it draws unless its overflow is visible.
 StandardReader::Viewport StandardReader::nestedViewport(std::uint32_t index, ItemInterface& item,
                                                         const Scratch& s, const Viewport& parent) {
-    const auto length = [this](std::string_view name, std::string_view text, float fallback) {
-        float value = fallback;
-        if (!text.empty() && !parseLength(name, text, value)) {
-            mLoader.reportWarning("Ignore Invalid attribute " + Quoted(name) + " with value " +
-                                  Quoted(text));
-            value = fallback;
-        }
-        return value;
-    };
     const std::optional<BoundingBox> viewBox = readViewBox(s.viewBox);
-    const float x = length("x", s.x, 0.0f);
-    const float y = length("y", s.y, 0.0f);
-    const float w = length("width", s.width, parent.width);
-    const float h = length("height", s.height, parent.height);
+    const float x = lengthOr("x", s.x, 0.0f);
+    const float y = lengthOr("y", s.y, 0.0f);
+    const float w = lengthOr("width", s.width, parent.width);
+    const float h = lengthOr("height", s.height, parent.height);
     AppendTransform(item, viewBox ? ViewBoxTransform(*viewBox, x, y, w, h, s.preserveAspectRatio)
                                   : Translation(x, y));
     if (clips(s.overflow)) {

@@ -67,6 +67,7 @@ public:
     // unit, em, ex or a percentage of the viewport along the attribute's axis. Sizes and radii
     // may not be negative.
     bool parseLength(std::string_view name, std::string_view value, float& out) const;
+    float lengthOr(std::string_view name, std::string_view text, float fallback);
     // The same for a length already read.
     bool toUserUnits(std::string_view name, float number, LengthUnit unit, float& out) const;
     // The standard reading of a "fill" or "stroke" value into the text the tree keeps; false

@@ -24,6 +24,8 @@
 
 #include "svg/tqSvg.h"
 
+#include "TriangleArea.h"
+
 namespace {
 
 using namespace tq::svg;
@@ -99,44 +101,6 @@ std::string pathData(const std::uint8_t* data, std::size_t size, float scale) {
         d += ' ';
     }
     return d;
-}
-
-double area(const std::vector<Vector2f>& points, const std::vector<unsigned int>& triangles) {
-    double sum = 0;
-    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        const Vector2f& a = points[triangles[i]];
-        const Vector2f& b = points[triangles[i + 1]];
-        const Vector2f& c = points[triangles[i + 2]];
-        sum += std::fabs((double(b.X()) - a.X()) * (double(c.Y()) - a.Y()) -
-                         (double(b.Y()) - a.Y()) * (double(c.X()) - a.X())) /
-               2;
-    }
-    return sum;
-}
-
-// The area of the triangles' union: each wound counter-clockwise and filled again under the
-// non-zero rule. Negative when that fails.
-double unionArea(const std::vector<Vector2f>& points, const std::vector<unsigned int>& t) {
-    std::vector<Vector2f> corners;
-    std::vector<unsigned int> segments;
-    for (std::size_t i = 0; i + 2 < t.size(); i += 3) {
-        Vector2f a = points[t[i]], b = points[t[i + 1]], c = points[t[i + 2]];
-        if ((double(b.X()) - a.X()) * (double(c.Y()) - a.Y()) -
-                (double(b.Y()) - a.Y()) * (double(c.X()) - a.X()) <
-            0) {
-            std::swap(b, c);
-        }
-        const auto n = static_cast<unsigned int>(corners.size());
-        corners.insert(corners.end(), {a, b, c});
-        segments.insert(segments.end(), {n, n + 1, n + 1, n + 2, n + 2, n});
-    }
-    std::vector<Vector2f> outPoints;
-    std::vector<unsigned int> outTriangles;
-    if (!tq::TriangulatePoly(corners, segments, outPoints, outTriangles,
-                             tq::TriangulationFillRule::NonZero, true)) {
-        return -1;
-    }
-    return area(outPoints, outTriangles);
 }
 
 // What rounding alone may move the area by: every edge shifted by a few steps of the float
@@ -215,13 +179,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const Vector2f& p : points) {
             check(std::isfinite(p.X()) && std::isfinite(p.Y()), "a point not finite", d);
         }
-        const double sum = area(points, triangles);
+        const double sum = tq::test::TrianglesArea(points, triangles);
         // The check triangulates every triangle again: done where that stays quick.
         if (triangles.empty() || triangles.size() / 3 > kMaxCheckedTriangles ||
             !std::isfinite(sum) || sum > 1e30) {
             continue;
         }
-        const double covered = unionArea(points, triangles);
+        const double covered = tq::test::TrianglesUnionArea(points, triangles);
         check(covered >= 0, "the triangles do not triangulate again", d);
         check(std::fabs(covered - sum) <= 1e-4 * sum + roundingSlack(points, triangles),
               "triangles overlap", d);

@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include "CapturingLog.h"
+#include "TriangleArea.h"
 
 using namespace tq::svg;
 using Wm4::Matrix3f;
@@ -55,44 +56,17 @@ SegmentedPrimitive stroked(const std::shared_ptr<ItemInterface>& item,
                                                     : *visitor.getSegmentedPrimitives().front();
 }
 
-double area(const std::vector<Vector2f>& points, const std::vector<unsigned int>& triangles) {
-    double sum = 0;
-    for (std::size_t i = 0; i + 2 < triangles.size(); i += 3) {
-        const Vector2f& a = points[triangles[i]];
-        const Vector2f& b = points[triangles[i + 1]];
-        const Vector2f& c = points[triangles[i + 2]];
-        sum += std::fabs((double(b.X()) - a.X()) * (double(c.Y()) - a.Y()) -
-                         (double(b.Y()) - a.Y()) * (double(c.X()) - a.X())) /
-               2;
-    }
-    return sum;
-}
-
 double strokeArea(const SegmentedPrimitive& p) {
-    return area(p.strokeTrianglePoints, p.strokeTriangleIndices);
+    return tq::test::TrianglesArea(p.strokeTrianglePoints, p.strokeTriangleIndices);
 }
 
 // The area of the union of the triangles, by filling them again as outlines under the non-zero
 // rule, each wound counter-clockwise: less than their summed area when they overlap.
 double unionArea(const SegmentedPrimitive& p) {
-    std::vector<Vector2f> points;
-    std::vector<unsigned int> segments;
-    const auto& t = p.strokeTriangleIndices;
-    for (std::size_t i = 0; i + 2 < t.size(); i += 3) {
-        Vector2f a = p.strokeTrianglePoints[t[i]], b = p.strokeTrianglePoints[t[i + 1]],
-                 c = p.strokeTrianglePoints[t[i + 2]];
-        if ((b.X() - a.X()) * (c.Y() - a.Y()) - (b.Y() - a.Y()) * (c.X() - a.X()) < 0) {
-            std::swap(b, c);
-        }
-        const auto n = static_cast<unsigned int>(points.size());
-        points.insert(points.end(), {a, b, c});
-        segments.insert(segments.end(), {n, n + 1, n + 1, n + 2, n + 2, n});
-    }
-    std::vector<Vector2f> outPoints;
-    std::vector<unsigned int> outTriangles;
-    EXPECT_TRUE(tq::TriangulatePoly(points, segments, outPoints, outTriangles,
-                                    tq::TriangulationFillRule::NonZero, true));
-    return area(outPoints, outTriangles);
+    const double covered =
+        tq::test::TrianglesUnionArea(p.strokeTrianglePoints, p.strokeTriangleIndices);
+    EXPECT_TRUE(covered >= 0);
+    return covered;
 }
 
 bool allFinite(const std::vector<Vector2f>& points) {

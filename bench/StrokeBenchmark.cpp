@@ -22,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+#include "IconCache.h"
 #include "svg/geometry/detail/StrokeSubpaths.h"
 #include "svg/geometry/detail/Stroker.h"
 #include "svg/tqSvg.h"
@@ -50,17 +51,6 @@ struct Strokes {
         return n;
     }
 };
-
-std::filesystem::path iconCache() {
-    if (const char* dir = std::getenv("TQSVG_ICON_CACHE")) {
-        return dir;
-    }
-    const char* cache = std::getenv("XDG_CACHE_HOME");
-    const char* home = std::getenv("HOME");
-    const std::filesystem::path base =
-        cache != nullptr ? cache : std::filesystem::path(home != nullptr ? home : "") / ".cache";
-    return base / "tqsvg-icons";
-}
 
 // The centre lines of one shape item, flattened for a stroke within `tolerance`.
 void centreLines(const tq::svg::ItemInterface& item, const Wm4::Matrix3f& transform,
@@ -94,7 +84,7 @@ Strokes lucide() {
     strokes.style.join = LineJoin::Round;
     strokes.style.cap = LineCap::Round;
     strokes.style.tolerance = 0.05 * 24.0 / 256.0 / 2.0;  // a twentieth of a pixel, halved
-    const std::filesystem::path folder = iconCache() / "node_modules/lucide-static/icons";
+    const std::filesystem::path folder = IconCache() / "node_modules/lucide-static/icons";
     if (!std::filesystem::is_directory(folder)) {
         strokes.missing = "icons not cached in " + folder.string() + " (scripts/bench.sh): skipped";
         return strokes;

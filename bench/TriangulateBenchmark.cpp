@@ -31,6 +31,7 @@
 #include <string>
 #include <vector>
 
+#include "IconCache.h"
 #include "svg/tqSvg.h"
 
 namespace {
@@ -211,17 +212,6 @@ Outlines single(std::size_t n) {
 
 // ---- icon outlines -----------------------------------------------------------------------------
 
-std::filesystem::path iconCache() {
-    if (const char* dir = std::getenv("TQSVG_ICON_CACHE")) {
-        return dir;
-    }
-    const char* cache = std::getenv("XDG_CACHE_HOME");
-    const char* home = std::getenv("HOME");
-    const std::filesystem::path base =
-        cache != nullptr ? cache : std::filesystem::path(home != nullptr ? home : "") / ".cache";
-    return base / "tqsvg-icons";
-}
-
 const std::filesystem::path kIconSets[] = {"node_modules/@mdi/svg/svg",
                                            "node_modules/simple-icons/icons"};
 
@@ -239,7 +229,7 @@ Outlines iconOutlines(std::size_t) {
     SegmentationUtils::BezierSegmentationWorkspace workspace;
     std::vector<std::filesystem::path> files;
     for (const auto& set : kIconSets) {
-        for (const auto& entry : std::filesystem::directory_iterator(iconCache() / set)) {
+        for (const auto& entry : std::filesystem::directory_iterator(IconCache() / set)) {
             if (entry.path().extension() == ".svg") {
                 files.push_back(entry.path());
             }
@@ -575,8 +565,8 @@ int main(int argc, char** argv) {
     add<glyphs>("glyphs", 500);
     std::string missing;
     for (const auto& set : kIconSets) {
-        if (!std::filesystem::is_directory(iconCache() / set)) {
-            missing = "icons not cached in " + (iconCache() / set).string() +
+        if (!std::filesystem::is_directory(IconCache() / set)) {
+            missing = "icons not cached in " + (IconCache() / set).string() +
                       " (tests/icons/icon_sets.sh installs them): skipped";
         }
     }
